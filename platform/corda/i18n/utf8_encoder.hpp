@@ -1,0 +1,30 @@
+// The kernels that turn well-formed UTF-16 into UTF-8.
+#pragma once
+
+#include <cstddef>
+
+namespace corda::i18n::detail {
+
+/// How far an encoder got.
+struct EncodedUtf8
+{
+    const char16_t* read; ///< The first code unit that was not encoded.
+    char* written;        ///< One past the last byte that belongs to the result.
+};
+
+/// What encode_utf8 may write for @p length code units, in bytes.
+constexpr std::size_t encoded_utf8_bound(std::size_t length)
+{
+    constexpr std::size_t BYTES_PER_UNIT = 3; // a surrogate pair needs four bytes for its two units
+    constexpr std::size_t STORE_OVERRUN = 16; // vector stores are wider than what they keep
+    return length * BYTES_PER_UNIT + STORE_OVERRUN;
+}
+
+/// Encodes the code units from @p first to @p last and stops at the end or before the first
+/// unpaired surrogate. @p out must have room for `encoded_utf8_bound(last - first)` bytes.
+EncodedUtf8 encode_utf8(const char16_t* first, const char16_t* last, char* out);
+
+/// The same, one code point at a time.
+EncodedUtf8 encode_utf8_portable(const char16_t* first, const char16_t* last, char* out);
+
+} // namespace corda::i18n::detail

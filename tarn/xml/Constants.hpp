@@ -1,0 +1,18 @@
+// The fixed strings that the writer passes where a `std::u16string` is asked for.
+#pragma once
+
+#include <string>
+
+namespace tarn::utils {
+
+/// No namespace, no prefix.
+extern const std::u16string NONE;
+
+/// The two prefixes that Namespaces in XML 1.0 reserves, and the namespace names that it ties to
+/// them.
+extern const std::u16string XML_PREFIX;
+extern const std::u16string XMLNS_PREFIX;
+extern const std::u16string XML_NAMESPACE;
+extern const std::u16string XMLNS_NAMESPACE;
+
+} // namespace tarn::utils

@@ -1,0 +1,144 @@
+// How the writer's operations hand their pieces to the sink.
+//
+// A piece goes to the sink as one `write`. For the library's own sinks the same outcome is reached
+// faster: they only append to a string, so as long as a group of pieces fits into that string
+// without filling a batch or allocating, it is appended in place, without a call for each piece.
+#pragma once
+
+#include "tarn/xml/Sink.hpp"
+
+#include <algorithm>
+#include <cstddef>
+#include <cstring>
+#include <string>
+#include <string_view>
+
+namespace tarn::utils {
+
+/// A piece of @p length spaces.
+struct Spaces
+{
+    std::size_t length;
+};
+
+/// A piece made of a prefix, a colon and a local name; or of either alone if the other is empty.
+///
+/// It refers to the strings and not to their text, which moves if a caller passes the very string
+/// that the writer appends to.
+struct QualifiedName
+{
+    const std::u16string& prefix;
+    const std::u16string& localName;
+
+    bool hasColon() const { return !prefix.empty() && !localName.empty(); }
+    std::size_t length() const { return prefix.size() + (hasColon() ? 1 : 0) + localName.size(); }
+    std::u16string toString() const;
+};
+
+/// Copies @p text to @p out and returns the end of the copy. Inline for the short pieces that
+/// markup is made of.
+inline char16_t* copyUnits(std::u16string_view text, char16_t* out)
+{
+    constexpr std::size_t LONGEST_INLINE = 32;
+    const auto copyBlock = [&]<std::size_t LENGTH>(std::size_t at) {
+        std::memcpy(out + at, text.data() + at, LENGTH * sizeof(char16_t));
+    };
+    const std::size_t length = text.size();
+    // Two blocks that overlap cover every length between one block and two.
+    if (length > LONGEST_INLINE) {
+        std::memcpy(out, text.data(), length * sizeof(char16_t));
+    } else if (length >= 16) {
+        copyBlock.operator()<16>(0);
+        copyBlock.operator()<16>(length - 16);
+    } else if (length >= 8) {
+        copyBlock.operator()<8>(0);
+        copyBlock.operator()<8>(length - 8);
+    } else if (length >= 4) {
+        copyBlock.operator()<4>(0);
+        copyBlock.operator()<4>(length - 4);
+    } else if (length >= 2) {
+        copyBlock.operator()<2>(0);
+        copyBlock.operator()<2>(length - 2);
+    } else if (length == 1) {
+        *out = text.front();
+    }
+    return out + length;
+}
+
+/// The sink as the writer's operations see it.
+class PieceOutput
+{
+public:
+    explicit PieceOutput(Sink& sink);
+
+    /// Hands over each of @p pieces, in order: a `std::u16string`, a `std::u16string_view`,
+    /// `Spaces` or a `QualifiedName`.
+    template <class... Pieces>
+    void write(const Pieces&... pieces)
+    {
+        const bool inPlace = compose((lengthOf(pieces) + ...), [&](char16_t* out) {
+            ((out = copy(pieces, out)), ...);
+            return out;
+        });
+        if (!inPlace) [[unlikely]] {
+            (writePiece(pieces), ...);
+        }
+    }
+
+    /// Lets @p composeText write up to @p atMost code units at the place that it is given and
+    /// return their end. Returns false, without calling it, if the sink cannot take that many in
+    /// place.
+    template <class ComposeText>
+    bool compose(std::size_t atMost, ComposeText&& composeText)
+    {
+        if (text == nullptr) {
+            return false;
+        }
+        const std::size_t used = text->size();
+        const std::size_t needed = used + atMost;
+        if (needed > limit || needed > text->capacity()) {
+            return false;
+        }
+        text->resize_and_overwrite(needed, [&](char16_t* units, std::size_t) noexcept {
+            return static_cast<std::size_t>(composeText(units + used) - units);
+        });
+        return true;
+    }
+
+private:
+    static std::size_t lengthOf(std::u16string_view piece) { return piece.size(); }
+    static std::size_t lengthOf(Spaces piece) { return piece.length; }
+    static std::size_t lengthOf(QualifiedName piece) { return piece.length(); }
+
+    static char16_t* copy(std::u16string_view piece, char16_t* out)
+    {
+        return copyUnits(piece, out);
+    }
+    static char16_t* copy(Spaces piece, char16_t* out)
+    {
+        return std::fill_n(out, piece.length, u' ');
+    }
+    static char16_t* copy(QualifiedName piece, char16_t* out)
+    {
+        out = copyUnits(piece.prefix, out);
+        if (piece.hasColon()) {
+            *out++ = u':';
+        }
+        return copyUnits(piece.localName, out);
+    }
+
+    void writePiece(const std::u16string& piece);
+    void writePiece(std::u16string_view piece);
+    void writePiece(Spaces piece);
+    void writePiece(QualifiedName piece);
+
+    Sink& sink;
+    /// The string that the sink appends to, or null for a sink that this class does not know.
+    std::u16string* text = nullptr;
+    /// The size that `text` may reach before the sink has more to do than to append.
+    std::size_t limit = 0;
+    /// Holds a piece that is not a `std::u16string` of its own while the sink takes it.
+    std::u16string scratch;
+};
+
+} // namespace tarn::utils

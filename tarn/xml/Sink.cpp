@@ -1,0 +1,84 @@
+#include "tarn/xml/Sink.hpp"
+
+#include <ostream>
+
+namespace tarn::utils {
+
+namespace {
+
+bool endsInsideSurrogatePair(const std::u16string& text)
+{
+    return text.back() >= 0xD800 && text.back() <= 0xDBFF;
+}
+
+} // namespace
+
+UStringSink::UStringSink(std::u16string& target) : target(target)
+{
+    target.clear();
+}
+
+Sink& UStringSink::write(const std::u16string& text)
+{
+    target.append(text);
+    return *this;
+}
+
+std::u16string UStringSink::encodingName() const
+{
+    return {};
+}
+
+void UStringSink::flush() {}
+
+ConvertingSink::ConvertingSink() : converter("UTF-8", true)
+{
+    buffer.reserve(BUFFER_CAPACITY);
+}
+
+Sink& ConvertingSink::write(const std::u16string& text)
+{
+    buffer.append(text);
+    if (buffer.size() > BUFFER_CAPACITY && !endsInsideSurrogatePair(buffer)) {
+        writeConverted(converter.do_convert(buffer.data(), buffer.size()));
+        buffer.clear();
+    }
+    return *this;
+}
+
+std::u16string ConvertingSink::encodingName() const
+{
+    return u"UTF-8";
+}
+
+void ConvertingSink::flush()
+{
+    writeConverted(buffer.empty() ? std::string()
+                                  : converter.do_convert(buffer.data(), buffer.size()));
+    buffer.clear();
+}
+
+StdStringSink::StdStringSink(std::string& target) : target(target)
+{
+    target.clear();
+}
+
+void StdStringSink::writeConverted(const std::string& bytes)
+{
+    target.append(bytes);
+}
+
+StreamSink::StreamSink(std::ostream& stream) : stream(stream) {}
+
+void StreamSink::flush()
+{
+    ConvertingSink::flush();
+    stream.flush();
+}
+
+void StreamSink::writeConverted(const std::string& bytes)
+{
+    stream << bytes;
+}
+
+} // namespace tarn::utils

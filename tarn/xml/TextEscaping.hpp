@@ -1,0 +1,45 @@
+// The kernels behind the escaping of character data.
+//
+// A special code unit is one that character data cannot hold as it is: the five characters of
+// markup
+// (`<`, `>`, `&`, `"`, `'`) and the control characters U+0001 to U+001F except tab, line feed and
+// carriage return. U+0000 is not special.
+#pragma once
+
+#include <cstddef>
+#include <string_view>
+
+namespace tarn::utils {
+
+/// The entity reference for @p unit, or an empty text if it is not one of the five markup
+/// characters.
+std::u16string_view entityReference(char16_t unit);
+
+/// Returns a pointer to the first special code unit from @p first on, or @p last if there is none.
+const char16_t* findSpecial(const char16_t* first, const char16_t* last);
+
+/// The same, one code unit at a time.
+const char16_t* findSpecialPortable(const char16_t* first, const char16_t* last);
+
+/// How far an escaping copy got.
+struct EscapedRun
+{
+    const char16_t* read; ///< The first code unit that was not copied.
+    char16_t* written;    ///< One past the last code unit that belongs to the copy.
+};
+
+/// Copies text to @p out with the five markup characters replaced by entity references.
+///
+/// Stops at @p last, before a control character that is special, or where less than
+/// ESCAPING_MARGIN code units are left before @p outLast. Writes nothing at or after @p outLast.
+EscapedRun escapeMarkup(const char16_t* first, const char16_t* last, char16_t* out,
+                        const char16_t* outLast);
+
+/// The same, one code unit at a time.
+EscapedRun escapeMarkupPortable(const char16_t* first, const char16_t* last, char16_t* out,
+                                const char16_t* outLast);
+
+/// In UTF-16 code units: the room that escapeMarkup must see ahead of it to go on.
+inline constexpr std::size_t ESCAPING_MARGIN = 16 * 6 + 16;
+
+} // namespace tarn::utils

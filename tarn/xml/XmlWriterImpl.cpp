@@ -1,0 +1,262 @@
+#include "tarn/xml/XmlWriterImpl.hpp"
+
+#include "tarn/utils/num_to_string.hpp"
+#include "tarn/xml/Constants.hpp"
+#include "tarn/xml/TextEscaping.hpp"
+
+#include <string_view>
+#include <utility>
+
+namespace tarn::utils {
+
+namespace {
+
+using namespace std::string_view_literals;
+
+constexpr auto DECLARATION_START = u"<?xml version=\""sv;
+constexpr auto ENCODING_START = u" encoding=\""sv;
+constexpr auto DECLARATION_END = u"?>"sv;
+constexpr auto DOUBLE_QUOTE = u"\""sv;
+constexpr auto LINE_FEED = u"\n"sv;
+constexpr auto START_TAG_START = u"<"sv;
+constexpr auto TAG_END = u">"sv;
+constexpr auto EMPTY_ELEMENT_END = u"/>"sv;
+constexpr auto END_TAG_START = u"</"sv;
+constexpr auto BLANK = u" "sv;
+constexpr auto VALUE_START = u"=\""sv;
+constexpr auto CHARACTER_REFERENCE_START = u"&#"sv;
+constexpr auto REFERENCE_END = u";"sv;
+constexpr auto GENERATED_PREFIX_START = u"ns"sv;
+constexpr char16_t VERTICAL_TAB = 0x0B;
+
+/// The indentation of a line with @p depth elements open around it.
+Spaces indentation(std::size_t depth)
+{
+    constexpr std::size_t SPACES_PER_LEVEL = 2;
+    return {depth * SPACES_PER_LEVEL};
+}
+
+} // namespace
+
+XmlWriter::Impl::Impl(std::unique_ptr<Sink>&& sink)
+    : sink(std::move(sink)), prefixMap{{XMLNS_NAMESPACE, XMLNS_PREFIX},
+                                       {XML_NAMESPACE, XML_PREFIX}},
+      output(*this->sink)
+{
+}
+
+void XmlWriter::Impl::writeStartDocument(const std::u16string& version)
+{
+    output.write(DECLARATION_START, version, DOUBLE_QUOTE);
+    const std::u16string encoding = sink->encodingName();
+    if (!encoding.empty()) {
+        output.write(ENCODING_START, encoding, DOUBLE_QUOTE);
+    }
+    output.write(DECLARATION_END);
+    isDefaultVersion = version == DEFAULT_VERSION;
+}
+
+void XmlWriter::Impl::writeEndDocument()
+{
+    writeEndAttribute();
+    while (!elementStack.empty()) {
+        writeEndElement();
+    }
+    sink->flush();
+}
+
+void XmlWriter::Impl::writeRawXml(const std::u16string& xml)
+{
+    output.write(xml);
+}
+
+void XmlWriter::Impl::writeValue(const std::u16string& value)
+{
+    if (state == State::StartTagOpen) {
+        writeStartElementClose();
+    }
+    if (!value.empty()) {
+        writeEscaped(value);
+    }
+}
+
+void XmlWriter::Impl::writeStartElement(const std::u16string& localName,
+                                        const std::u16string& namespaceUri,
+                                        const std::u16string& prefix)
+{
+    writeStartElementClose();
+    std::u16string name = qualifyName(localName, namespaceUri, prefix);
+    output.write(LINE_FEED, indentation(elementStack.size()), START_TAG_START, name);
+    elementStack.push_back({std::move(name), {}});
+    state = State::StartTagOpen;
+    processDeferredRegistrations();
+}
+
+void XmlWriter::Impl::writeStartElementClose()
+{
+    writeEndAttribute();
+    if (state == State::StartTagOpen) {
+        output.write(TAG_END);
+        state = State::AfterStartTag;
+    }
+}
+
+void XmlWriter::Impl::writeEndElement()
+{
+    if (elementStack.empty()) {
+        return;
+    }
+    writeEndAttribute();
+    const StackItem& element = elementStack.back();
+    if (state == State::StartTagOpen) {
+        output.write(EMPTY_ELEMENT_END);
+    } else if (state == State::AfterStartTag) {
+        output.write(END_TAG_START, element.name, TAG_END);
+    } else {
+        output.write(LINE_FEED, indentation(elementStack.size() - 1), END_TAG_START, element.name,
+                     TAG_END);
+    }
+    for (const std::u16string& namespaceUri : element.declaredNamespaces) {
+        endBinding(namespaceUri);
+    }
+    elementStack.pop_back();
+    state = State::AfterEndTag;
+}
+
+void XmlWriter::Impl::writeStartAttribute(const std::u16string& localName,
+                                          const std::u16string& namespaceUri,
+                                          const std::u16string& prefix)
+{
+    writeEndAttribute();
+    if (state == State::StartTagOpen) {
+        output.write(BLANK, qualify(localName, namespaceUri, prefix), VALUE_START);
+        state = State::AttributeOpen;
+    }
+}
+
+void XmlWriter::Impl::writeEndAttribute()
+{
+    if (state == State::AttributeOpen) {
+        output.write(DOUBLE_QUOTE);
+        state = State::StartTagOpen;
+        processDeferredRegistrations();
+    }
+}
+
+void XmlWriter::Impl::writeNamespace(const std::u16string& namespaceUri,
+                                     const std::u16string& prefix)
+{
+    writeEndAttribute();
+    if (state == State::StartTagOpen && !prefixMap.contains(namespaceUri)) {
+        registerPrefix(namespaceUri, findUnusedPrefix(prefix));
+        processDeferredRegistrations();
+    }
+}
+
+void XmlWriter::Impl::processDeferredRegistrations()
+{
+    std::vector<std::u16string>& declared = elementStack.back().declaredNamespaces;
+    while (!pendingRegistrations.empty()) {
+        const auto binding = prefixMap.find(pendingRegistrations.front());
+        if (binding == prefixMap.end()) {
+            pendingRegistrations.pop_front();
+            continue;
+        }
+        declared.push_back(std::move(pendingRegistrations.front()));
+        pendingRegistrations.pop_front();
+        output.write(BLANK, qualify(binding->second, XMLNS_NAMESPACE, XMLNS_PREFIX), VALUE_START);
+        state = State::AttributeOpen;
+        writeEscaped(declared.back());
+        output.write(DOUBLE_QUOTE);
+        state = State::StartTagOpen;
+    }
+}
+
+void XmlWriter::Impl::registerPrefix(const std::u16string& namespaceUri,
+                                     const std::u16string& prefix)
+{
+    prefixMap.try_emplace(namespaceUri, prefix);
+    pendingRegistrations.push_back(namespaceUri);
+    usedPrefixes.insert(prefix);
+}
+
+std::u16string XmlWriter::Impl::findUnusedPrefix(const std::u16string& prefix)
+{
+    if (!prefix.empty() && !usedPrefixes.contains(prefix)) {
+        return prefix;
+    }
+    std::u16string candidate;
+    do {
+        candidate.assign(GENERATED_PREFIX_START).append(num_to_string(++prefixCounter));
+    } while (usedPrefixes.contains(candidate));
+    return candidate;
+}
+
+std::u16string XmlWriter::Impl::qualifyName(const std::u16string& localName,
+                                            const std::u16string& namespaceUri,
+                                            const std::u16string& prefix)
+{
+    return qualify(localName, namespaceUri, prefix).toString();
+}
+
+QualifiedName XmlWriter::Impl::qualify(const std::u16string& localName,
+                                       const std::u16string& namespaceUri,
+                                       const std::u16string& prefix)
+{
+    if (namespaceUri.empty()) {
+        return {NONE, localName};
+    }
+    auto binding = prefixMap.find(namespaceUri);
+    if (binding == prefixMap.end()) {
+        registerPrefix(namespaceUri, findUnusedPrefix(prefix));
+        binding = prefixMap.find(namespaceUri);
+    }
+    return {binding->second, localName};
+}
+
+void XmlWriter::Impl::endBinding(const std::u16string& namespaceUri)
+{
+    const auto binding = prefixMap.find(namespaceUri);
+    if (binding != prefixMap.end()) {
+        usedPrefixes.erase(binding->second);
+        prefixMap.erase(binding);
+    }
+}
+
+void XmlWriter::Impl::writeEscaped(const std::u16string& value)
+{
+    // By index, since the text may move: a caller can pass the very string that the sink appends
+    // to.
+    const std::size_t length = value.size();
+    std::size_t position = 0;
+    while (position < length) {
+        const char16_t* const text = value.data();
+        const char16_t* const special = findSpecial(text + position, text + length);
+        const std::size_t end = static_cast<std::size_t>(special - text);
+        if (position == 0 && end == length) {
+            output.write(value);
+            return;
+        }
+        if (end > position) {
+            output.write(std::u16string_view(text + position, special));
+        }
+        if (end < length) {
+            writeReplacement(value[end]);
+        }
+        position = end + 1;
+    }
+}
+
+void XmlWriter::Impl::writeReplacement(char16_t special)
+{
+    const std::u16string_view reference = entityReference(special);
+    if (!reference.empty()) {
+        output.write(reference);
+    } else if (!isDefaultVersion) {
+        output.write(CHARACTER_REFERENCE_START, num_to_string(special), REFERENCE_END);
+    } else if (special == VERTICAL_TAB) {
+        output.write(BLANK);
+    }
+}
+
+} // namespace tarn::utils
