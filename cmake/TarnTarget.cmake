@@ -6,7 +6,6 @@ function(tarn_target target)
         CXX_EXTENSIONS OFF
         CXX_VISIBILITY_PRESET hidden
         VISIBILITY_INLINES_HIDDEN ON)
-    target_compile_options(${target} PRIVATE -Wall -Wextra -Wpedantic -Wshadow=local
-        $<$<CXX_COMPILER_ID:GNU>:-Wno-missing-field-initializers>
+    target_compile_options(${target} PRIVATE -Wall -Wextra -Wpedantic
         $<$<BOOL:${TARN_WERROR}>:-Werror>)
 endfunction()
