@@ -19,8 +19,6 @@ struct Entity
     constexpr std::u16string_view text() const { return {units, length}; }
 };
 
-constexpr std::size_t ENTITY_WIDTH = sizeof(Entity) / sizeof(char16_t);
-
 /// The entity references by code unit: the last markup character is U+003E.
 constexpr std::array<Entity, 64> ENTITIES = [] {
     std::array<Entity, 64> entities{};

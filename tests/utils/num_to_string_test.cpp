@@ -1,0 +1,33 @@
+#include <tarn/utils/num_to_string.hpp>
+
+#include <gtest/gtest.h>
+
+#include <limits>
+#include <string>
+
+namespace {
+
+using tarn::utils::num_to_string;
+
+TEST(NumToString, WritesEveryDigitOnce)
+{
+    const struct
+    {
+        unsigned long value;
+        std::u16string text;
+    } cases[] = {
+        {0, u"0"},
+        {9, u"9"},
+        {10, u"10"},
+        {31, u"31"},
+        {100, u"100"},
+        {9'999'999'999, u"9999999999"},
+        {10'000'000'000'000'000'000u, u"10000000000000000000"},
+        {std::numeric_limits<unsigned long>::max(), u"18446744073709551615"},
+    };
+    for (const auto& [value, text] : cases) {
+        EXPECT_EQ(num_to_string(value), text) << value;
+    }
+}
+
+} // namespace
