@@ -1,5 +1,7 @@
 #include "tarn/xml/PieceOutput.hpp"
 
+#include "tarn/xml/Constants.hpp"
+
 namespace tarn::utils {
 
 std::u16string QualifiedName::toString() const
@@ -31,7 +33,15 @@ void PieceOutput::writePiece(const std::u16string& piece)
 
 void PieceOutput::writePiece(std::u16string_view piece)
 {
-    sink.write(scratch.assign(piece));
+    if (text == nullptr) {
+        sink.write(scratch.assign(piece));
+        return;
+    }
+    text->append(piece);
+    if (text->size() > limit) {
+        // The batch is full: an empty piece makes the sink convert it.
+        sink.write(NONE);
+    }
 }
 
 void PieceOutput::writePiece(Spaces piece)

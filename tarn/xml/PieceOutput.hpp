@@ -5,11 +5,11 @@
 // without filling a batch or allocating, it is appended in place, without a call for each piece.
 #pragma once
 
+#include "tarn/xml/CopyUnits.hpp"
 #include "tarn/xml/Sink.hpp"
 
 #include <algorithm>
 #include <cstddef>
-#include <cstring>
 #include <string>
 #include <string_view>
 
@@ -35,36 +35,6 @@ struct QualifiedName
     std::u16string toString() const;
 };
 
-/// Copies @p text to @p out and returns the end of the copy. Inline for the short pieces that
-/// markup is made of.
-inline char16_t* copyUnits(std::u16string_view text, char16_t* out)
-{
-    constexpr std::size_t LONGEST_INLINE = 32;
-    const auto copyBlock = [&]<std::size_t LENGTH>(std::size_t at) {
-        std::memcpy(out + at, text.data() + at, LENGTH * sizeof(char16_t));
-    };
-    const std::size_t length = text.size();
-    // Two blocks that overlap cover every length between one block and two.
-    if (length > LONGEST_INLINE) {
-        std::memcpy(out, text.data(), length * sizeof(char16_t));
-    } else if (length >= 16) {
-        copyBlock.operator()<16>(0);
-        copyBlock.operator()<16>(length - 16);
-    } else if (length >= 8) {
-        copyBlock.operator()<8>(0);
-        copyBlock.operator()<8>(length - 8);
-    } else if (length >= 4) {
-        copyBlock.operator()<4>(0);
-        copyBlock.operator()<4>(length - 4);
-    } else if (length >= 2) {
-        copyBlock.operator()<2>(0);
-        copyBlock.operator()<2>(length - 2);
-    } else if (length == 1) {
-        *out = text.front();
-    }
-    return out + length;
-}
-
 /// The sink as the writer's operations see it.
 class PieceOutput
 {
@@ -76,7 +46,7 @@ public:
     template <class... Pieces>
     void write(const Pieces&... pieces)
     {
-        const bool inPlace = compose((lengthOf(pieces) + ...), [&](char16_t* out) {
+        const bool inPlace = compose((lengthOf(pieces) + ...), [&](char16_t* out, char16_t*) {
             ((out = copy(pieces, out)), ...);
             return out;
         });
@@ -85,22 +55,22 @@ public:
         }
     }
 
-    /// Lets @p composeText write up to @p atMost code units at the place that it is given and
-    /// return their end. Returns false, without calling it, if the sink cannot take that many in
-    /// place.
+    /// If the sink can take @p atLeast code units in place, calls @p composeText with the beginning
+    /// and the end of all the room there is, takes the text from there to the pointer that it
+    /// returns, and returns true.
     template <class ComposeText>
-    bool compose(std::size_t atMost, ComposeText&& composeText)
+    bool compose(std::size_t atLeast, ComposeText&& composeText)
     {
         if (text == nullptr) {
             return false;
         }
         const std::size_t used = text->size();
-        const std::size_t needed = used + atMost;
-        if (needed > limit || needed > text->capacity()) {
+        const std::size_t end = std::min(text->capacity(), limit);
+        if (used > end || end - used < atLeast) {
             return false;
         }
-        text->resize_and_overwrite(needed, [&](char16_t* units, std::size_t) noexcept {
-            return static_cast<std::size_t>(composeText(units + used) - units);
+        text->resize_and_overwrite(end, [&](char16_t* units, std::size_t) noexcept {
+            return static_cast<std::size_t>(composeText(units + used, units + end) - units);
         });
         return true;
     }
@@ -137,7 +107,7 @@ private:
     std::u16string* text = nullptr;
     /// The size that `text` may reach before the sink has more to do than to append.
     std::size_t limit = 0;
-    /// Holds a piece that is not a `std::u16string` of its own while the sink takes it.
+    /// Holds a piece that is not a `std::u16string` of its own while an unknown sink takes it.
     std::u16string scratch;
 };
 

@@ -28,18 +28,19 @@ struct EscapedRun
     char16_t* written;    ///< One past the last code unit that belongs to the copy.
 };
 
+/// In UTF-16 code units: an escaping copy stops only with less room than this.
+inline constexpr std::size_t ESCAPING_MARGIN = 128;
+
 /// Copies text to @p out with the five markup characters replaced by entity references.
 ///
-/// Stops at @p last, before a control character that is special, or where less than
-/// ESCAPING_MARGIN code units are left before @p outLast. Writes nothing at or after @p outLast.
+/// Stops at @p last, before a control character that is special, or with less than ESCAPING_MARGIN
+/// code units left before @p outLast. Writes nothing at or after @p outLast, but may write beyond
+/// the copy's end.
 EscapedRun escapeMarkup(const char16_t* first, const char16_t* last, char16_t* out,
                         const char16_t* outLast);
 
 /// The same, one code unit at a time.
 EscapedRun escapeMarkupPortable(const char16_t* first, const char16_t* last, char16_t* out,
                                 const char16_t* outLast);
-
-/// In UTF-16 code units: the room that escapeMarkup must see ahead of it to go on.
-inline constexpr std::size_t ESCAPING_MARGIN = 16 * 6 + 16;
 
 } // namespace tarn::utils

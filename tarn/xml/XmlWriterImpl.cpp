@@ -72,12 +72,12 @@ void XmlWriter::Impl::writeRawXml(const std::u16string& xml)
 
 void XmlWriter::Impl::writeValue(const std::u16string& value)
 {
+    // A caller can pass the very string that the sink appends to: what it holds now is the value.
+    const std::size_t length = value.size();
     if (state == State::StartTagOpen) {
         writeStartElementClose();
     }
-    if (!value.empty()) {
-        writeEscaped(value);
-    }
+    writeEscaped(value, length);
 }
 
 void XmlWriter::Impl::writeStartElement(const std::u16string& localName,
@@ -166,7 +166,7 @@ void XmlWriter::Impl::processDeferredRegistrations()
         pendingRegistrations.pop_front();
         output.write(BLANK, qualify(binding->second, XMLNS_NAMESPACE, XMLNS_PREFIX), VALUE_START);
         state = State::AttributeOpen;
-        writeEscaped(declared.back());
+        writeEscaped(declared.back(), declared.back().size());
         output.write(DOUBLE_QUOTE);
         state = State::StartTagOpen;
     }
@@ -223,28 +223,39 @@ void XmlWriter::Impl::endBinding(const std::u16string& namespaceUri)
     }
 }
 
-void XmlWriter::Impl::writeEscaped(const std::u16string& value)
+void XmlWriter::Impl::writeEscaped(const std::u16string& value, std::size_t length)
 {
-    // By index, since the text may move: a caller can pass the very string that the sink appends
-    // to.
-    const std::size_t length = value.size();
     std::size_t position = 0;
     while (position < length) {
-        const char16_t* const text = value.data();
-        const char16_t* const special = findSpecial(text + position, text + length);
-        const std::size_t end = static_cast<std::size_t>(special - text);
-        if (position == 0 && end == length) {
-            output.write(value);
-            return;
+        output.compose(ESCAPING_MARGIN, [&](char16_t* out, char16_t* outLast) {
+            const char16_t* const text = value.data();
+            const EscapedRun run = escapeMarkup(text + position, text + length, out, outLast);
+            position = static_cast<std::size_t>(run.read - text);
+            return run.written;
+        });
+        if (position < length) {
+            position = writeRun(value, position, length);
         }
-        if (end > position) {
-            output.write(std::u16string_view(text + position, special));
-        }
-        if (end < length) {
-            writeReplacement(value[end]);
-        }
-        position = end + 1;
     }
+}
+
+std::size_t XmlWriter::Impl::writeRun(const std::u16string& value, std::size_t position,
+                                      std::size_t length)
+{
+    const std::u16string_view rest(value.data() + position, length - position);
+    const char16_t* const special = findSpecial(rest.begin(), rest.end());
+    const std::u16string_view run(rest.begin(), special);
+    const std::size_t end = position + run.size();
+    if (run.size() == value.size()) {
+        output.write(value);
+    } else if (!run.empty()) {
+        output.write(run);
+    }
+    if (end == length) {
+        return length;
+    }
+    writeReplacement(value[end]);
+    return end + 1;
 }
 
 void XmlWriter::Impl::writeReplacement(char16_t special)

@@ -84,7 +84,12 @@ private:
                           const std::u16string& prefix);
     void endBinding(const std::u16string& namespaceUri);
 
-    void writeEscaped(const std::u16string& value);
+    /// Writes the first @p length code units of @p value with the special ones replaced. They are
+    /// read by index: they move if @p value is the very string that the sink appends to.
+    void writeEscaped(const std::u16string& value, std::size_t length);
+    /// Writes from @p position to the next special code unit and its replacement, and returns the
+    /// position after it.
+    std::size_t writeRun(const std::u16string& value, std::size_t position, std::size_t length);
     void writeReplacement(char16_t special);
 
     /// Where all output goes. Owned, never null.
