@@ -10,7 +10,8 @@
 namespace tarn::tests {
 
 /// The operations of XmlWriter; the number of arguments tells overloads apart.
-enum class Operation {
+enum class Operation
+{
     writeStartDocument,
     writeEndDocument,
     writeRawXml,
@@ -60,8 +61,8 @@ void apply(const Call& call, Writer& writer)
     case Operation::writeEndElement:
         return writer.writeEndElement();
     case Operation::writeElement:
-        return arguments.size() == 4   ? writer.writeElement(argument(0), argument(1), argument(2),
-                                                             argument(3))
+        return arguments.size() == 4
+                   ? writer.writeElement(argument(0), argument(1), argument(2), argument(3))
                : arguments.size() == 3 ? writer.writeElement(argument(0), argument(1), argument(2))
                                        : writer.writeElement(argument(0), argument(1));
     case Operation::writeEmptyElement:
@@ -73,8 +74,9 @@ void apply(const Call& call, Writer& writer)
     case Operation::writeAttribute:
         return arguments.size() == 4
                    ? writer.writeAttribute(argument(0), argument(1), argument(2), argument(3))
-               : arguments.size() == 3 ? writer.writeAttribute(argument(0), argument(1), argument(2))
-                                       : writer.writeAttribute(argument(0), argument(1));
+               : arguments.size() == 3
+                   ? writer.writeAttribute(argument(0), argument(1), argument(2))
+                   : writer.writeAttribute(argument(0), argument(1));
     case Operation::writeNamespace:
         return writer.writeNamespace(argument(0), argument(1));
     case Operation::writeDefaultNamespace:
@@ -87,11 +89,11 @@ void apply(const Call& call, Writer& writer)
 inline std::ostream& operator<<(std::ostream& stream, const Call& call)
 {
     static constexpr const char* NAMES[] = {
-        "writeStartDocument",  "writeEndDocument",       "writeRawXml",
-        "writeValue",          "writeStartElement",      "writeStartElementClose",
-        "writeEndElement",     "writeElement",           "writeEmptyElement",
-        "writeStartAttribute", "writeEndAttribute",      "writeAttribute",
-        "writeNamespace",      "writeDefaultNamespace",  "registerDefaultNamespace",
+        "writeStartDocument",  "writeEndDocument",      "writeRawXml",
+        "writeValue",          "writeStartElement",     "writeStartElementClose",
+        "writeEndElement",     "writeElement",          "writeEmptyElement",
+        "writeStartAttribute", "writeEndAttribute",     "writeAttribute",
+        "writeNamespace",      "writeDefaultNamespace", "registerDefaultNamespace",
     };
     stream << NAMES[static_cast<int>(call.operation)] << '(';
     for (const std::u16string& argument : call.arguments) {
@@ -99,7 +101,8 @@ inline std::ostream& operator<<(std::ostream& stream, const Call& call)
         if (argument.size() <= 100) {
             stream << referenceUtf8(argument);
         } else {
-            stream << referenceUtf8(argument.substr(0, 40)) << "... (" << argument.size() << " units)";
+            stream << referenceUtf8(argument.substr(0, 40)) << "... (" << argument.size()
+                   << " units)";
         }
         stream << '"';
     }
@@ -120,15 +123,30 @@ inline Call startDocument(std::u16string version = u"1.0")
 {
     return {Operation::writeStartDocument, {std::move(version)}};
 }
-inline Call endDocument() { return {Operation::writeEndDocument}; }
-inline Call rawXml(std::u16string xml) { return {Operation::writeRawXml, {std::move(xml)}}; }
-inline Call value(std::u16string text) { return {Operation::writeValue, {std::move(text)}}; }
+inline Call endDocument()
+{
+    return {Operation::writeEndDocument};
+}
+inline Call rawXml(std::u16string xml)
+{
+    return {Operation::writeRawXml, {std::move(xml)}};
+}
+inline Call value(std::u16string text)
+{
+    return {Operation::writeValue, {std::move(text)}};
+}
 inline Call startElement(std::u16string name, std::u16string uri = u"", std::u16string prefix = u"")
 {
     return {Operation::writeStartElement, {std::move(name), std::move(uri), std::move(prefix)}};
 }
-inline Call startElementClose() { return {Operation::writeStartElementClose}; }
-inline Call endElement() { return {Operation::writeEndElement}; }
+inline Call startElementClose()
+{
+    return {Operation::writeStartElementClose};
+}
+inline Call endElement()
+{
+    return {Operation::writeEndElement};
+}
 template <class... Arguments>
 Call element(Arguments... arguments)
 {
@@ -138,11 +156,15 @@ inline Call emptyElement(std::u16string name, std::u16string uri = u"", std::u16
 {
     return {Operation::writeEmptyElement, {std::move(name), std::move(uri), std::move(prefix)}};
 }
-inline Call startAttribute(std::u16string name, std::u16string uri = u"", std::u16string prefix = u"")
+inline Call startAttribute(std::u16string name, std::u16string uri = u"",
+                           std::u16string prefix = u"")
 {
     return {Operation::writeStartAttribute, {std::move(name), std::move(uri), std::move(prefix)}};
 }
-inline Call endAttribute() { return {Operation::writeEndAttribute}; }
+inline Call endAttribute()
+{
+    return {Operation::writeEndAttribute};
+}
 template <class... Arguments>
 Call attribute(Arguments... arguments)
 {

@@ -18,8 +18,10 @@ inline std::string referenceUtf8(std::u16string_view text)
             codePoint =
                 paired ? 0x10000 + (codePoint - 0xD800) * 0x400 + (text[++i] - 0xDC00) : 0xFFFD;
         }
-        const int continuations =
-            codePoint < 0x80 ? 0 : codePoint < 0x800 ? 1 : codePoint < 0x10000 ? 2 : 3;
+        const int continuations = codePoint < 0x80      ? 0
+                                  : codePoint < 0x800   ? 1
+                                  : codePoint < 0x10000 ? 2
+                                                        : 3;
         static constexpr char32_t LEAD[] = {0x00, 0xC0, 0xE0, 0xF0};
         bytes += static_cast<char>(LEAD[continuations] | codePoint >> 6 * continuations);
         for (int left = continuations; left-- > 0;) {

@@ -135,7 +135,8 @@ public:
             declareQueued();
         }
     }
-    void writeAttribute(const Text& localName, const Text& uri, const Text& prefix, const Text& value)
+    void writeAttribute(const Text& localName, const Text& uri, const Text& prefix,
+                        const Text& value)
     {
         writeStartAttribute(localName, uri, prefix);
         writeValue(value);

@@ -16,8 +16,8 @@ inline testing::AssertionResult sameText(std::u16string_view actual, std::u16str
     if (actual == expected) {
         return testing::AssertionSuccess();
     }
-    const auto difference = static_cast<std::size_t>(
-        std::ranges::mismatch(actual, expected).in1 - actual.begin());
+    const auto difference =
+        static_cast<std::size_t>(std::ranges::mismatch(actual, expected).in1 - actual.begin());
     const std::size_t from = difference - std::min<std::size_t>(difference, 60);
     constexpr std::size_t SHOWN = 200;
     return testing::AssertionFailure()

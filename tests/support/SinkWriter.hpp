@@ -36,7 +36,8 @@ public:
         writeStartElement(localName, uri, prefix);
         writeEndElement();
     }
-    void writeAttribute(const Text& localName, const Text& uri, const Text& prefix, const Text& value)
+    void writeAttribute(const Text& localName, const Text& uri, const Text& prefix,
+                        const Text& value)
     {
         writeStartAttribute(localName, uri, prefix);
         writeValue(value);

@@ -1,5 +1,5 @@
-// Random sequences of calls, compared with the reference writer after every call: on the three targets
-// and piece by piece at the sink.
+// Random sequences of calls, compared with the reference writer after every call: on the three
+// targets and piece by piece at the sink.
 
 #include "support/Calls.hpp"
 #include "support/RecordingSink.hpp"
@@ -119,7 +119,8 @@ private:
         }
         static constexpr unsigned SPECIAL_SHARE[] = {0, 0, 3, 30};
         const unsigned specialPercent = pick(SPECIAL_SHARE);
-        static constexpr char16_t UNITS[] = u"abcdefghij \u00E9\u0416\u4E2D\uFFFD\U0001F600\xD800\xDFFF";
+        static constexpr char16_t UNITS[] =
+            u"abcdefghij \u00E9\u0416\u4E2D\uFFFD\U0001F600\xD800\xDFFF";
         static constexpr char16_t SPECIALS[] = u"<>&\"'\x01\x08\t\n\x0B\x0C\r\x0E\x1F\x20\x7F";
         std::u16string units(length, u' ');
         for (char16_t& unit : units) {

@@ -12,11 +12,11 @@ struct EncodedUtf8
     char* written;        ///< One past the last byte that belongs to the result.
 };
 
-/// What encode_utf8 may write for @p length code units, in bytes.
+/// What an encoder may write for @p length code units, in bytes.
 constexpr std::size_t encoded_utf8_bound(std::size_t length)
 {
     constexpr std::size_t BYTES_PER_UNIT = 3; // a surrogate pair needs four bytes for its two units
-    constexpr std::size_t STORE_OVERRUN = 16; // vector stores are wider than what they keep
+    constexpr std::size_t STORE_OVERRUN = 64; // vector stores are wider than what they keep
     return length * BYTES_PER_UNIT + STORE_OVERRUN;
 }
 
@@ -24,7 +24,13 @@ constexpr std::size_t encoded_utf8_bound(std::size_t length)
 /// unpaired surrogate. @p out must have room for `encoded_utf8_bound(last - first)` bytes.
 EncodedUtf8 encode_utf8(const char16_t* first, const char16_t* last, char* out);
 
+using Utf8Encoder = EncodedUtf8 (*)(const char16_t* first, const char16_t* last, char* out);
+
 /// The same, one code point at a time.
 EncodedUtf8 encode_utf8_portable(const char16_t* first, const char16_t* last, char* out);
+
+/// The same with the vectors of one level of processors, or null if this processor is below it.
+Utf8Encoder utf8_encoder_for_ssse3();
+Utf8Encoder utf8_encoder_for_avx512();
 
 } // namespace corda::i18n::detail

@@ -1,0 +1,118 @@
+// Each vector kernel against the plain conversion: at every length and alignment, with every kind of
+// code unit at every place, and up to the last byte of a page.
+
+#include "support/GuardedBuffer.hpp"
+#include "support/ReferenceUtf8.hpp"
+
+#include <corda/i18n/utf8_encoder.hpp>
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <random>
+#include <string>
+
+namespace tarn::tests {
+
+namespace {
+
+using namespace corda::i18n::detail;
+
+constexpr char16_t KINDS[] = {
+    0x0000, 0x0041, 0x007F, 0x0080, 0x00E9, 0x07FF, 0x0800, 0x4E2D,
+    0xD7FF, 0xD800, 0xDBFF, 0xDC00, 0xDFFF, 0xE000, 0xFFFD, 0xFFFF,
+};
+
+/// The length of the longest beginning without an unpaired surrogate.
+std::size_t wellFormedLength(std::u16string_view text)
+{
+    for (std::size_t i = 0; i < text.size(); ++i) {
+        const auto isIn = [&](std::size_t index, char16_t first, char16_t last) {
+            return index < text.size() && text[index] >= first && text[index] <= last;
+        };
+        if (isIn(i, 0xD800, 0xDBFF) && isIn(i + 1, 0xDC00, 0xDFFF)) {
+            ++i;
+        } else if (isIn(i, 0xD800, 0xDFFF)) {
+            return i;
+        }
+    }
+    return text.size();
+}
+
+class Utf8EncoderTest : public testing::TestWithParam<Utf8Encoder>
+{
+protected:
+    void SetUp() override
+    {
+        if (GetParam() == nullptr) {
+            GTEST_SKIP() << "this processor cannot run it";
+        }
+    }
+
+    /// @p text must lie where it is to be read: nothing is copied.
+    void check(std::u16string_view text)
+    {
+        const std::size_t wellFormed = wellFormedLength(text);
+        // One byte more than the bound, to see that it stays untouched.
+        std::string bytes(encoded_utf8_bound(text.size()) + 1, '\x55');
+        const EncodedUtf8 encoded =
+            GetParam()(text.data(), text.data() + text.size(), bytes.data());
+        ASSERT_EQ(encoded.read - text.data(), wellFormed) << referenceUtf8(text);
+        ASSERT_EQ(std::string_view(bytes.data(), encoded.written),
+                  referenceUtf8(text.substr(0, wellFormed)))
+            << text.size() << " units";
+        ASSERT_EQ(bytes.back(), '\x55');
+    }
+};
+
+TEST_P(Utf8EncoderTest, EncodesEveryKindOfUnitAtEveryPlace)
+{
+    for (const char16_t background : {u'a', u'\u00E9', u'\u4E2D'}) {
+        for (std::size_t length = 1; length <= 100; ++length) {
+            std::u16string text(length, background);
+            for (std::size_t place = 0; place < length; ++place) {
+                for (const char16_t kind : KINDS) {
+                    text[place] = kind;
+                    check(text);
+                }
+                text[place] = background;
+            }
+        }
+    }
+}
+
+TEST_P(Utf8EncoderTest, EncodesSurrogatePairsAtEveryPlace)
+{
+    for (std::size_t length = 2; length <= 100; ++length) {
+        for (std::size_t place = 0; place + 1 < length; ++place) {
+            std::u16string text(length, u'\u0416');
+            text[place] = 0xD83D;
+            text[place + 1] = 0xDE00;
+            check(text);
+            text[length - 1] = 0xDBFF;
+            check(text);
+        }
+    }
+}
+
+TEST_P(Utf8EncoderTest, ReadsNothingAfterTheEndOrBeforeTheBeginning)
+{
+    std::mt19937 random(1);
+    for (std::size_t length = 0; length <= 100; ++length) {
+        for (int repetition = 0; repetition < 20; ++repetition) {
+            std::u16string text(length, u' ');
+            const char16_t kinds = static_cast<char16_t>(1 + random() % std::size(KINDS));
+            std::ranges::generate(text, [&] { return KINDS[random() % kinds]; });
+            check(GuardedBuffer<char16_t>::endingAtGuard(text).view());
+            check(GuardedBuffer<char16_t>::beginningAtGuard(text).view());
+        }
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(Kernels, Utf8EncoderTest,
+                         testing::Values(encode_utf8, encode_utf8_portable,
+                                         utf8_encoder_for_ssse3(), utf8_encoder_for_avx512()));
+
+} // namespace
+
+} // namespace tarn::tests
