@@ -4,15 +4,11 @@
 
 namespace tarn::utils {
 
-std::u16string QualifiedName::toString() const
+void QualifiedName::assignTo(std::u16string& text) const
 {
-    std::u16string text;
-    text.reserve(length());
-    text.append(prefix);
-    if (hasColon()) {
-        text.push_back(u':');
-    }
-    return text.append(localName);
+    text.resize_and_overwrite(length(), [&](char16_t* out, std::size_t) noexcept {
+        return static_cast<std::size_t>(copyTo(out) - out);
+    });
 }
 
 PieceOutput::PieceOutput(Sink& sink) : sink(sink)
@@ -51,7 +47,8 @@ void PieceOutput::writePiece(Spaces piece)
 
 void PieceOutput::writePiece(QualifiedName piece)
 {
-    sink.write(scratch = piece.toString());
+    piece.assignTo(scratch);
+    sink.write(scratch);
 }
 
 } // namespace tarn::utils

@@ -32,7 +32,16 @@ struct QualifiedName
 
     bool hasColon() const { return !prefix.empty() && !localName.empty(); }
     std::size_t length() const { return prefix.size() + (hasColon() ? 1 : 0) + localName.size(); }
-    std::u16string toString() const;
+    char16_t* copyTo(char16_t* out) const
+    {
+        out = copyUnits(prefix, out);
+        if (hasColon()) {
+            *out++ = u':';
+        }
+        return copyUnits(localName, out);
+    }
+
+    void assignTo(std::u16string& text) const;
 };
 
 /// The sink as the writer's operations see it.
@@ -88,14 +97,7 @@ private:
     {
         return std::fill_n(out, piece.length, u' ');
     }
-    static char16_t* copy(QualifiedName piece, char16_t* out)
-    {
-        out = copyUnits(piece.prefix, out);
-        if (piece.hasColon()) {
-            *out++ = u':';
-        }
-        return copyUnits(piece.localName, out);
-    }
+    static char16_t* copy(QualifiedName piece, char16_t* out) { return piece.copyTo(out); }
 
     void writePiece(const std::u16string& piece);
     void writePiece(std::u16string_view piece);

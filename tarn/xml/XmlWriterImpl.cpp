@@ -39,10 +39,10 @@ Spaces indentation(std::size_t depth)
 } // namespace
 
 XmlWriter::Impl::Impl(std::unique_ptr<Sink>&& sink)
-    : sink(std::move(sink)), prefixMap{{XMLNS_NAMESPACE, XMLNS_PREFIX},
-                                       {XML_NAMESPACE, XML_PREFIX}},
-      output(*this->sink)
+    : sink(std::move(sink)), output(*this->sink), bindingCache(prefixMap)
 {
+    prefixMap.emplace(XMLNS_NAMESPACE, XMLNS_PREFIX);
+    prefixMap.emplace(XML_NAMESPACE, XML_PREFIX);
 }
 
 void XmlWriter::Impl::writeStartDocument(const std::u16string& version)
@@ -85,9 +85,10 @@ void XmlWriter::Impl::writeStartElement(const std::u16string& localName,
                                         const std::u16string& prefix)
 {
     writeStartElementClose();
-    std::u16string name = qualifyName(localName, namespaceUri, prefix);
-    output.write(LINE_FEED, indentation(elementStack.size()), START_TAG_START, name);
-    elementStack.push_back({std::move(name), {}});
+    StackItem element = spareItems.take();
+    qualify(localName, namespaceUri, prefix).assignTo(element.name);
+    output.write(LINE_FEED, indentation(elementStack.size()), START_TAG_START, element.name);
+    elementStack.push_back(std::move(element));
     state = State::StartTagOpen;
     processDeferredRegistrations();
 }
@@ -107,7 +108,7 @@ void XmlWriter::Impl::writeEndElement()
         return;
     }
     writeEndAttribute();
-    const StackItem& element = elementStack.back();
+    StackItem& element = elementStack.back();
     if (state == State::StartTagOpen) {
         output.write(EMPTY_ELEMENT_END);
     } else if (state == State::AfterStartTag) {
@@ -119,6 +120,8 @@ void XmlWriter::Impl::writeEndElement()
     for (const std::u16string& namespaceUri : element.declaredNamespaces) {
         endBinding(namespaceUri);
     }
+    element.declaredNamespaces.clear();
+    spareItems.put(std::move(element));
     elementStack.pop_back();
     state = State::AfterEndTag;
 }
@@ -147,8 +150,8 @@ void XmlWriter::Impl::writeNamespace(const std::u16string& namespaceUri,
                                      const std::u16string& prefix)
 {
     writeEndAttribute();
-    if (state == State::StartTagOpen && !prefixMap.contains(namespaceUri)) {
-        registerPrefix(namespaceUri, findUnusedPrefix(prefix));
+    if (state == State::StartTagOpen && bindingCache.find(namespaceUri) == prefixMap.end()) {
+        bind(namespaceUri, findUnusedPrefix(prefix));
         processDeferredRegistrations();
     }
 }
@@ -157,7 +160,7 @@ void XmlWriter::Impl::processDeferredRegistrations()
 {
     std::vector<std::u16string>& declared = elementStack.back().declaredNamespaces;
     while (!pendingRegistrations.empty()) {
-        const auto binding = prefixMap.find(pendingRegistrations.front());
+        const auto binding = bindingCache.find(pendingRegistrations.front());
         if (binding == prefixMap.end()) {
             pendingRegistrations.pop_front();
             continue;
@@ -175,9 +178,11 @@ void XmlWriter::Impl::processDeferredRegistrations()
 void XmlWriter::Impl::registerPrefix(const std::u16string& namespaceUri,
                                      const std::u16string& prefix)
 {
-    prefixMap.try_emplace(namespaceUri, prefix);
-    pendingRegistrations.push_back(namespaceUri);
-    usedPrefixes.insert(prefix);
+    if (bindingCache.find(namespaceUri) == prefixMap.end()) {
+        bind(namespaceUri, prefix);
+    } else {
+        queueDeclaration(namespaceUri, prefix);
+    }
 }
 
 std::u16string XmlWriter::Impl::findUnusedPrefix(const std::u16string& prefix)
@@ -196,7 +201,9 @@ std::u16string XmlWriter::Impl::qualifyName(const std::u16string& localName,
                                             const std::u16string& namespaceUri,
                                             const std::u16string& prefix)
 {
-    return qualify(localName, namespaceUri, prefix).toString();
+    std::u16string name;
+    qualify(localName, namespaceUri, prefix).assignTo(name);
+    return name;
 }
 
 QualifiedName XmlWriter::Impl::qualify(const std::u16string& localName,
@@ -206,18 +213,33 @@ QualifiedName XmlWriter::Impl::qualify(const std::u16string& localName,
     if (namespaceUri.empty()) {
         return {NONE, localName};
     }
-    auto binding = prefixMap.find(namespaceUri);
+    auto binding = bindingCache.find(namespaceUri);
     if (binding == prefixMap.end()) {
-        registerPrefix(namespaceUri, findUnusedPrefix(prefix));
-        binding = prefixMap.find(namespaceUri);
+        binding = bind(namespaceUri, findUnusedPrefix(prefix));
     }
     return {binding->second, localName};
 }
 
+XmlWriter::Impl::Bindings::iterator XmlWriter::Impl::bind(const std::u16string& namespaceUri,
+                                                          const std::u16string& prefix)
+{
+    const auto binding = prefixMap.emplace(namespaceUri, prefix).first;
+    queueDeclaration(namespaceUri, prefix);
+    return binding;
+}
+
+void XmlWriter::Impl::queueDeclaration(const std::u16string& namespaceUri,
+                                       const std::u16string& prefix)
+{
+    pendingRegistrations.push_back(namespaceUri);
+    usedPrefixes.insert(prefix);
+}
+
 void XmlWriter::Impl::endBinding(const std::u16string& namespaceUri)
 {
-    const auto binding = prefixMap.find(namespaceUri);
+    const auto binding = bindingCache.find(namespaceUri);
     if (binding != prefixMap.end()) {
+        bindingCache.forget(binding);
         usedPrefixes.erase(binding->second);
         prefixMap.erase(binding);
     }

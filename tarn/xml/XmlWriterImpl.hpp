@@ -1,8 +1,10 @@
 // XmlWriter::Impl: the writer's whole state and the operations on it.
 #pragma once
 
+#include "tarn/xml/BindingCache.hpp"
 #include "tarn/xml/PieceOutput.hpp"
 #include "tarn/xml/Sink.hpp"
+#include "tarn/xml/Spares.hpp"
 #include "tarn/xml/XmlWriter.hpp"
 
 #include <cstdint>
@@ -78,10 +80,14 @@ private:
         AfterEndTag,   ///< After an end tag or an empty-element tag, or before the first start tag.
     };
 
-    using Bindings = std::map<std::u16string, std::u16string>;
+    using Bindings = BindingCache::Bindings;
 
     QualifiedName qualify(const std::u16string& localName, const std::u16string& namespaceUri,
                           const std::u16string& prefix);
+    /// Binds @p namespaceUri, which is not bound yet, and queues its declaration.
+    Bindings::iterator bind(const std::u16string& namespaceUri, const std::u16string& prefix);
+    /// Queues the declaration of @p namespaceUri and marks @p prefix as used.
+    void queueDeclaration(const std::u16string& namespaceUri, const std::u16string& prefix);
     void endBinding(const std::u16string& namespaceUri);
 
     /// Writes the first @p length code units of @p value with the special ones replaced. They are
@@ -114,6 +120,8 @@ private:
 
     /// The way of the pieces to `sink`; holds no text between operations.
     PieceOutput output;
+    BindingCache bindingCache;
+    Spares<StackItem, 8> spareItems;
 };
 
 } // namespace tarn::utils

@@ -1,5 +1,5 @@
-// Each vector kernel against the plain conversion: at every length and alignment, with every kind of
-// code unit at every place, and up to the last byte of a page.
+// Each vector kernel against the plain conversion: at every length and alignment, with every kind
+// of code unit at every place, and up to the last byte of a page.
 
 #include "support/GuardedBuffer.hpp"
 #include "support/ReferenceUtf8.hpp"

@@ -1,5 +1,5 @@
-// A text that lies directly beside a page that cannot be touched, so that a kernel which reads or writes
-// too far is caught.
+// A text that lies directly beside a page that cannot be touched, so that a kernel which reads or
+// writes too far is caught.
 #pragma once
 
 #include <sys/mman.h>
@@ -43,8 +43,8 @@ private:
     GuardedBuffer(std::basic_string_view<Unit> text, std::size_t offset)
         : mappingSize(pageSize() * (textPages(text) + 2)), length(text.size())
     {
-        mapping = static_cast<char*>(mmap(nullptr, mappingSize, PROT_NONE,
-                                          MAP_PRIVATE | MAP_ANONYMOUS, -1, 0));
+        mapping = static_cast<char*>(
+            mmap(nullptr, mappingSize, PROT_NONE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0));
         if (mapping == MAP_FAILED || mprotect(mapping + pageSize(), pageSize() * textPages(text),
                                               PROT_READ | PROT_WRITE) != 0) {
             throw std::bad_alloc();

@@ -1,5 +1,5 @@
-// UTF-16 to UTF-8 with vectors of 64 bytes: sixteen code points are spread over slots of four bytes each,
-// and one instruction closes the gaps between the bytes that are kept.
+// UTF-16 to UTF-8 with vectors of 64 bytes: sixteen code points are spread over slots of four bytes
+// each, and one instruction closes the gaps between the bytes that are kept.
 
 #include "corda/i18n/utf8_encoder.hpp"
 
@@ -44,7 +44,8 @@ encodeSlots(Slots codePoints, std::uint32_t fourBytes, std::uint32_t dropped, un
     const __mmask16 moreBytes = _mm512_cmpge_epu32_mask(codePoints, all(0x80));
     const __mmask16 threeBytes = _mm512_cmpge_epu32_mask(codePoints, all(0x800));
 
-    // Six bits for each byte, from the slot's low bits in its last byte to the high bits in its first.
+    // Six bits for each byte, from the slot's low bits in its last byte to the high bits in its
+    // first.
     const __m512i bitOffsets = _mm512_set1_epi64(0x20262C32'00060C12);
     const __m512i payload =
         _mm512_and_si512(_mm512_multishift_epi64_epi8(bitOffsets, codePoints),
@@ -55,19 +56,18 @@ encodeSlots(Slots codePoints, std::uint32_t fourBytes, std::uint32_t dropped, un
     tags = _mm512_mask_mov_epi32(tags, static_cast<__mmask16>(fourBytes), all(0x808080F0));
 
     // Every byte of a longer encoding has its highest bit set by its tag.
-    const Slots kept = _mm512_maskz_mov_epi32(static_cast<__mmask16>(~dropped),
-                                              _mm512_mask_mov_epi32(all(0x80000000), moreBytes, tags));
+    const Slots kept = _mm512_maskz_mov_epi32(
+        static_cast<__mmask16>(~dropped), _mm512_mask_mov_epi32(all(0x80000000), moreBytes, tags));
     std::uint64_t keptBytes = _mm512_movepi8_mask(kept);
     if (count < STEP) {
         keptBytes &= (std::uint64_t{1} << 4 * count) - 1;
     }
-    _mm512_storeu_si512(
-        out, _mm512_maskz_compress_epi8(keptBytes, _mm512_or_si512(payload, tags)));
+    _mm512_storeu_si512(out, _mm512_maskz_compress_epi8(keptBytes, _mm512_or_si512(payload, tags)));
     return out + std::popcount(keptBytes);
 }
 
-/// Encodes the first @p count of the code units in @p units. In @p next each slot holds the code unit
-/// after it.
+/// Encodes the first @p count of the code units in @p units. In @p next each slot holds the code
+/// unit after it.
 [[gnu::target("avx512f,avx512bw,avx512vbmi,avx512vbmi2,popcnt")]] inline EncodedUtf8
 encodeStep(Slots units, Slots next, unsigned count, const char16_t* first, char* out)
 {
@@ -83,8 +83,8 @@ encodeStep(Slots units, Slots next, unsigned count, const char16_t* first, char*
         count = static_cast<unsigned>(std::countr_zero(unpaired));
     }
     constexpr unsigned SURROGATE_BITS = (0xD800u << 10) + 0xDC00u - 0x10000u;
-    const Slots joined = _mm512_sub_epi32(_mm512_add_epi32(_mm512_slli_epi32(units, 10), next),
-                                          all(SURROGATE_BITS));
+    const Slots joined =
+        _mm512_sub_epi32(_mm512_add_epi32(_mm512_slli_epi32(units, 10), next), all(SURROGATE_BITS));
     const Slots codePoints = _mm512_mask_mov_epi32(units, static_cast<__mmask16>(pairs), joined);
     // The second half of the last pair may be beyond the slots.
     const std::ptrdiff_t beyond = count == STEP ? pairs >> (STEP - 1) & 1 : 0;
@@ -127,10 +127,10 @@ encode(const char16_t* first, const char16_t* last, char* out)
 
 Utf8Encoder utf8_encoder_for_avx512()
 {
-    const bool available = __builtin_cpu_supports("avx512f") && __builtin_cpu_supports("avx512bw") &&
-                           __builtin_cpu_supports("avx512vl") &&
-                           __builtin_cpu_supports("avx512vbmi") &&
-                           __builtin_cpu_supports("avx512vbmi2") && __builtin_cpu_supports("popcnt");
+    const bool available =
+        __builtin_cpu_supports("avx512f") && __builtin_cpu_supports("avx512bw") &&
+        __builtin_cpu_supports("avx512vl") && __builtin_cpu_supports("avx512vbmi") &&
+        __builtin_cpu_supports("avx512vbmi2") && __builtin_cpu_supports("popcnt");
     return available ? encode : nullptr;
 }
 

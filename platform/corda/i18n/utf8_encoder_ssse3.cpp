@@ -1,5 +1,5 @@
-// UTF-16 to UTF-8 with vectors of 16 bytes: the bytes of eight code units are built side by side, each
-// in a slot of fixed width, and a shuffle closes the gaps between them.
+// UTF-16 to UTF-8 with vectors of 16 bytes: the bytes of eight code units are built side by side,
+// each in a slot of fixed width, and a shuffle closes the gaps between them.
 
 #include "corda/i18n/utf16.hpp"
 #include "corda/i18n/utf8_encoder.hpp"
@@ -32,8 +32,9 @@ constexpr Shuffles CLOSE_TWO_BYTE_SLOTS = [] {
     return shuffles;
 }();
 
-/// For four slots of four bytes, of which the last one is never kept, the third one always, the second
-/// one if a bit of the lower four is set, and the first one if a bit of the upper four is set.
+/// For four slots of four bytes, of which the last one is never kept, the third one always, the
+/// second one if a bit of the lower four is set, and the first one if a bit of the upper four is
+/// set.
 constexpr Shuffles CLOSE_FOUR_BYTE_SLOTS = [] {
     Shuffles shuffles{};
     for (unsigned bits = 0; bits < shuffles.size(); ++bits) {
@@ -77,8 +78,7 @@ __m128i atMost(__m128i units, unsigned limit)
 /// One bit for each of eight code units.
 unsigned bitsOf(__m128i unitMask)
 {
-    return static_cast<unsigned>(
-        _mm_movemask_epi8(_mm_packs_epi16(unitMask, _mm_setzero_si128())));
+    return static_cast<unsigned>(_mm_movemask_epi8(_mm_packs_epi16(unitMask, _mm_setzero_si128())));
 }
 
 __m128i select(__m128i mask, __m128i ifSet, __m128i ifClear)
@@ -108,8 +108,8 @@ __m128i lastByte(__m128i units)
     return out + 2 * STEP - std::popcount(asciiBits);
 }
 
-/// Encodes the first @p count of eight code units, none of which is a surrogate, and returns the end of
-/// the bytes.
+/// Encodes the first @p count of eight code units, none of which is a surrogate, and returns the
+/// end of the bytes.
 [[gnu::target("ssse3,popcnt")]] char* encodeThreeByteStep(__m128i units, __m128i ascii,
                                                           __m128i belowThreeBytes, unsigned count,
                                                           char* out)
