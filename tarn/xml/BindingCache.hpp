@@ -12,8 +12,8 @@ namespace tarn::utils {
 
 /// Finds entries of a map from namespace names to prefixes without searching it.
 ///
-/// Most names that a document writes are in a namespace that it has used before. Namespace names are
-/// long and begin alike, so that each step of a search compares many code units in vain.
+/// Most names that a document writes are in a namespace that it has used before. Namespace names
+/// are long and begin alike, so that each step of a search compares many code units in vain.
 class BindingCache
 {
 public:
@@ -58,7 +58,8 @@ private:
                         sizeof ending);
             ending += namespaceUri.size();
         }
-        constexpr std::uint64_t GOLDEN_RATIO = 0x9E3779B97F4A7C15; // spreads what differs in any bit
+        constexpr std::uint64_t GOLDEN_RATIO =
+            0x9E3779B97F4A7C15; // spreads what differs in any bit
         return slots[ending * GOLDEN_RATIO >> (64 - INDEX_BITS)];
     }
 

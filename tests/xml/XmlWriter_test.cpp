@@ -1,24 +1,385 @@
+// Calls and the text that they make, over each target.
+
+#include "support/Calls.hpp"
+#include "support/RecordingSink.hpp"
+#include "support/SameText.hpp"
+#include "support/SinkWriter.hpp"
+
 #include <tarn/xml/XmlWriter.hpp>
 
 #include <gtest/gtest.h>
 
-#include <string>
+#include <sstream>
+
+namespace tarn::tests {
 
 namespace {
 
-using tarn::utils::XmlWriter;
+using utils::XmlWriter;
 
-TEST(XmlWriter, WritesADocument)
+struct Case
 {
-    std::string xml;
-    XmlWriter writer(xml);
-    writer.writeStartDocument();
-    writer.writeStartElement(u"root", u"urn:a", u"");
-    writer.writeAttribute(u"id", u"7");
-    writer.writeValue(u"a<b");
+    Calls calls;
+    std::u16string text;
+};
+
+std::u16string textOf(const Calls& calls)
+{
+    std::u16string text;
+    XmlWriter writer(text);
+    for (const Call& call : calls) {
+        apply(call, writer);
+    }
+    return text;
+}
+
+void check(std::initializer_list<Case> cases)
+{
+    for (const auto& [calls, text] : cases) {
+        EXPECT_TRUE(sameText(textOf(calls), text)) << calls;
+    }
+}
+
+TEST(XmlWriter, LaysElementsOutOnIndentedLines)
+{
+    check({
+        {{startDocument(), startElement(u"a"), startElement(u"b"), value(u"x"), endElement(),
+          startElement(u"c"), endElement(), endElement(), endDocument()},
+         u"<?xml version=\"1.0\"?>\n<a>\n  <b>x</b>\n  <c/>\n</a>"},
+        {{startElement(u"a")}, u"\n<a"},
+        {{emptyElement(u"e")}, u"\n<e/>"},
+        {{element(u"e", u"")}, u"\n<e></e>"},
+        {{startElement(u"a"), emptyElement(u"b"), value(u"t"), endElement()},
+         u"\n<a>\n  <b/>t\n</a>"},
+        {{startElement(u"a"), value(u"t"), emptyElement(u"b"), endElement()},
+         u"\n<a>t\n  <b/>\n</a>"},
+        {{startElement(u"a"), value(u""), endElement()}, u"\n<a></a>"},
+        {{startElement(u"a"), startAttribute(u"k"), value(u"v"), startElement(u"b"), endElement()},
+         u"\n<a k=\"v\">\n  <b/>"},
+        {{startElement(u"a"), startElement(u"b"), startElement(u"c"), startAttribute(u"k"),
+          endDocument()},
+         u"\n<a>\n  <b>\n    <c k=\"\"/>\n  </b>\n</a>"},
+        {{endElement(), endElement(), element(u"a", u"x")}, u"\n<a>x</a>"},
+        {Calls(41, startElement(u"a")),
+         [] {
+             std::u16string text = u"\n<a";
+             for (std::size_t depth = 1; depth <= 40; ++depth) {
+                 text += u">\n" + std::u16string(2 * depth, u' ') + u"<a";
+             }
+             return text;
+         }()},
+    });
+}
+
+TEST(XmlWriter, DeclaresTheVersionAndTheEncodingOfTheTarget)
+{
+    check({
+        {{startDocument()}, u"<?xml version=\"1.0\"?>"},
+        {{startDocument(u"")}, u"<?xml version=\"\"?>"},
+        {{startDocument(u"\"<&")}, u"<?xml version=\"\"<&\"?>"},
+    });
+    std::string bytes;
+    std::ostringstream stream;
+    XmlWriter bytesWriter(bytes);
+    XmlWriter streamWriter(stream);
+    for (XmlWriter* writer : {&bytesWriter, &streamWriter}) {
+        writer->writeStartDocument();
+        writer->writeEndDocument();
+    }
+    EXPECT_EQ(bytes, "<?xml version=\"1.0\" encoding=\"UTF-8\"?>");
+    EXPECT_EQ(stream.view(), bytes);
+}
+
+TEST(XmlWriter, WritesRawTextWhereItStands)
+{
+    check({
+        {{startElement(u"a"), rawXml(u"<!-- -->")}, u"\n<a<!-- -->"},
+        {{startElement(u"a"), startAttribute(u"k"), rawXml(u"&#9;"), value(u"v"), endElement()},
+         u"\n<a k=\"&#9;v\"/>"},
+        {{startElement(u"a"), startElementClose(), rawXml(u"<b/>"), endElement()},
+         u"\n<a><b/></a>"},
+        {{rawXml(u"")}, u""},
+    });
+}
+
+TEST(XmlWriter, IgnoresWhatDoesNotFitTheState)
+{
+    check({
+        {{startElementClose(), startAttribute(u"k"), endAttribute(),
+          namespaceDeclaration(u"urn:a", u"a"), endElement(), endDocument()},
+         u""},
+        {{startElement(u"a"), startElementClose(), startElementClose(), startAttribute(u"k"),
+          endAttribute(), namespaceDeclaration(u"urn:a", u"a"), emptyElement(u"b", u"urn:a")},
+         u"\n<a>\n  <ns1:b xmlns:ns1=\"urn:a\"/>"},
+        {{attribute(u"k", u"a<b")}, u"a&lt;b"},
+        {{startElement(u"a"), value(u"x"), attribute(u"k", u"urn:a", u"p", u"\""), endElement()},
+         u"\n<a>x&quot;</a>"},
+    });
+}
+
+TEST(XmlWriter, WritesAttributesWholeAndInPieces)
+{
+    check({
+        {{startElement(u"e"), attribute(u"t", u"a\"b&c\t\n\r")},
+         u"\n<e t=\"a&quot;b&amp;c\t\n\r\""},
+        {{startElement(u"e"), startAttribute(u"k"), value(u"x"), value(u""), value(u"<"),
+          startAttribute(u"l"), endAttribute(), startElementClose()},
+         u"\n<e k=\"x&lt;\" l=\"\">"},
+        {{startElement(u"e"), attribute(u"a", u"urn:x", u"1"), attribute(u"b", u"urn:x", u"2")},
+         u"\n<e ns1:a=\"1\" xmlns:ns1=\"urn:x\" ns1:b=\"2\""},
+        {{startElement(u"e"), attribute(u"lang", u"http://www.w3.org/XML/1998/namespace", u"en")},
+         u"\n<e xml:lang=\"en\""},
+    });
+}
+
+TEST(XmlWriter, ChoosesAPrefixAtTheFirstUseOfANamespace)
+{
+    check({
+        {{startElement(u"doc"), startElement(u"a", u"urn:a"), startElement(u"b", u"urn:a", u"x"),
+          endElement(), endElement(), startElement(u"c", u"urn:a"), endElement(), endElement()},
+         u"\n<doc>\n  <ns1:a xmlns:ns1=\"urn:a\">\n    <ns1:b/>\n  </ns1:a>"
+         u"\n  <ns2:c xmlns:ns2=\"urn:a\"/>\n</doc>"},
+        {{startElement(u"a", u"urn:a", u"p"), attribute(u"k", u"urn:b", u"p", u"v")},
+         u"\n<p:a xmlns:p=\"urn:a\" ns1:k=\"v\" xmlns:ns1=\"urn:b\""},
+        {{startElement(u"a", u"urn:a"), startElement(u"b", u"urn:b", u"ns2"),
+          startElement(u"c", u"urn:c")},
+         u"\n<ns1:a xmlns:ns1=\"urn:a\">\n  <ns2:b xmlns:ns2=\"urn:b\">"
+         u"\n    <ns3:c xmlns:ns3=\"urn:c\""},
+        {{startElement(u"a", u"urn:a", u"xml"), attribute(u"k", u"urn:b", u"xmlns", u"")},
+         u"\n<xml:a xmlns:xml=\"urn:a\" xmlns:k=\"\" xmlns:xmlns=\"urn:b\""},
+        {{startElement(u"", u"urn:a"), startElement(u"x:y", u"urn:a"), startElement(u"", u"")},
+         u"\n<ns1 xmlns:ns1=\"urn:a\">\n  <ns1:x:y>\n    <"},
+        {{startElement(u"a", u"urn:\"&", u"p")}, u"\n<p:a xmlns:p=\"urn:&quot;&amp;\""},
+    });
+}
+
+TEST(XmlWriter, DeclaresNamespacesOnRequest)
+{
+    check({
+        {{startElement(u"doc"), namespaceDeclaration(u"urn:a", u"a"),
+          namespaceDeclaration(u"urn:a", u"b"), startElement(u"c", u"urn:a"), endElement(),
+          emptyElement(u"d", u"urn:a"), endElement(), emptyElement(u"e", u"urn:a")},
+         u"\n<doc xmlns:a=\"urn:a\">\n  <a:c/>\n  <a:d/>\n</doc>\n<ns1:e xmlns:ns1=\"urn:a\"/>"},
+        {{startElement(u"e"), startAttribute(u"k"), namespaceDeclaration(u"urn:a", u"")},
+         u"\n<e k=\"\" xmlns:ns1=\"urn:a\""},
+        {{startElement(u"e"), namespaceDeclaration(u"", u"p")}, u"\n<e xmlns:p=\"\""},
+        {{startElement(u"e"), defaultNamespace(u"urn:a"), startElement(u"c", u"urn:a")},
+         u"\n<e xmlns=\"urn:a\">\n  <ns1:c xmlns:ns1=\"urn:a\""},
+    });
+}
+
+TEST(XmlWriter, DeclaresRegisteredNamespacesOnTheNextStartTag)
+{
+    const std::u16string xmlns = u"http://www.w3.org/2000/xmlns/";
+    check({
+        {{registerDefault(u"urn:a"), startElement(u"root", u"urn:a"), emptyElement(u"c", u"urn:a"),
+          attribute(u"ignored", u"")},
+         u"\n<root xmlns=\"urn:a\">\n  <c/>"},
+        {{startElement(u"e"), registerDefault(u"urn:d"), attribute(u"a", u"urn:d", u"v")},
+         u"\n<e a=\"v\" xmlns=\"urn:d\""},
+        // Registered again while bound: declared again with the prefix that it has.
+        {{startElement(u"a", u"urn:a", u"p"), registerDefault(u"urn:a"), startElement(u"b"),
+          endElement(), startElement(u"c", u"urn:a", u"q"), endElement(), endElement()},
+         u"\n<p:a xmlns:p=\"urn:a\">\n  <b xmlns:p=\"urn:a\"/>"
+         u"\n  <q:c xmlns:q=\"urn:a\"/>\n</p:a>"},
+        {{registerDefault(u"urn:a"), registerDefault(u"urn:a"), startElement(u"a"), endElement(),
+          startElement(u"b", u"urn:a", u"p")},
+         u"\n<a xmlns=\"urn:a\" xmlns=\"urn:a\"/>\n<p:b xmlns:p=\"urn:a\""},
+        // The binding has gone by the time of the drain.
+        {{startElement(u"a", u"urn:a", u"p"), startElementClose(), registerDefault(u"urn:a"),
+          endElement(), startElement(u"b")},
+         u"\n<p:a xmlns:p=\"urn:a\"></p:a>\n<b"},
+        // The binding of the reserved namespace itself ends with the element that declared it.
+        {{registerDefault(xmlns), emptyElement(u"a"), startElement(u"b", u"urn:b", u"p")},
+         u"\n<a xmlns:xmlns=\"http://www.w3.org/2000/xmlns/\"/>\n<p:b xmlns:p=\"urn:b\""
+         u" xmlns:xmlns=\"http://www.w3.org/2000/xmlns/\""},
+        {{startElement(u"a"), value(u"x"), registerDefault(u"urn:a"), endDocument()},
+         u"\n<a>x</a>"},
+    });
+}
+
+TEST(XmlWriter, ReplacesSpecialCodeUnitsByTheRulesOfTheDeclaredVersion)
+{
+    for (const auto& [declared, version] :
+         {std::pair{false, u""}, {true, u"1.0"}, {true, u"1.1"}, {true, u"1.00"}}) {
+        for (char16_t unit = 0; unit < 0x100; ++unit) {
+            std::u16string expected(1, unit);
+            const bool isLayout = unit == u'\t' || unit == u'\n' || unit == u'\r';
+            if (unit > 0 && unit < 0x20 && !isLayout) {
+                const std::string digits = std::to_string(unit);
+                expected = std::u16string_view(version) != u"1.0"
+                               ? u"&#" + std::u16string(digits.begin(), digits.end()) + u";"
+                           : unit == 0x0B ? u" "
+                                          : u"";
+            }
+            for (const auto& [markup, entity] : {std::pair{u'<', u"&lt;"},
+                                                 {u'>', u"&gt;"},
+                                                 {u'&', u"&amp;"},
+                                                 {u'"', u"&quot;"},
+                                                 {u'\'', u"&apos;"}}) {
+                if (unit == markup) {
+                    expected = entity;
+                }
+            }
+            Calls calls = {startElement(u"e"), startElementClose(), value(std::u16string(1, unit)),
+                           value(u"before" + std::u16string(2, unit) + u"after")};
+            std::u16string start = u"\n<e>";
+            if (declared) {
+                calls.insert(calls.begin(), startDocument(version));
+                start = u"<?xml version=\"" + std::u16string(version) + u"\"?>" + start;
+            }
+            EXPECT_TRUE(sameText(textOf(calls),
+                                 start + expected + u"before" + expected + expected + u"after"))
+                << "U+" << std::hex << static_cast<unsigned>(unit) << '\n'
+                << calls;
+        }
+    }
+}
+
+TEST(XmlWriter, HandsOverEachPieceByItself)
+{
+    Recording recording;
+    SinkWriter writer(std::make_unique<RecordingSink>(recording));
+    for (const Call& call :
+         {startElement(u"a", u"urn:a", u"p"), attribute(u"k", u"plain"), value(u"a<b\x01"),
+          element(u"long-enough-for-the-heap", u""), endElement()}) {
+        apply(call, writer);
+    }
+    EXPECT_EQ(recording.pieces, (std::vector<std::u16string>{u"\n",
+                                                             u"",
+                                                             u"<",
+                                                             u"p:a",
+                                                             u" ",
+                                                             u"xmlns:p",
+                                                             u"=\"",
+                                                             u"urn:a",
+                                                             u"\"",
+                                                             u" ",
+                                                             u"k",
+                                                             u"=\"",
+                                                             u"plain",
+                                                             u"\"",
+                                                             u">",
+                                                             u"a",
+                                                             u"&lt;",
+                                                             u"b",
+                                                             u"&#",
+                                                             u"1",
+                                                             u";",
+                                                             u"\n",
+                                                             u"  ",
+                                                             u"<",
+                                                             u"long-enough-for-the-heap",
+                                                             u">",
+                                                             u"</",
+                                                             u"long-enough-for-the-heap",
+                                                             u">",
+                                                             u"\n",
+                                                             u"",
+                                                             u"</",
+                                                             u"p:a",
+                                                             u">"}));
+    EXPECT_EQ(recording.flushes, 0);
     writer.writeEndDocument();
-    EXPECT_EQ(xml, "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n"
-                   "<ns1:root xmlns:ns1=\"urn:a\" id=\"7\">a&lt;b</ns1:root>");
+    EXPECT_EQ(recording.flushes, 1);
+}
+
+TEST(XmlWriter, GoesOnAfterASinkThatFailedAtAnyPiece)
+{
+    const Calls calls = {startDocument(),
+                         startElement(u"a", u"urn:a"),
+                         attribute(u"k", u"urn:b", u"v<w"),
+                         namespaceDeclaration(u"urn:c", u"c"),
+                         value(u"text"),
+                         element(u"b", u"urn:a", u"x\x02y"),
+                         endElement()};
+    for (std::size_t successes = 0;; ++successes) {
+        Recording recording;
+        SinkWriter writer(std::make_unique<RecordingSink>(recording));
+        recording.writesLeft = successes;
+        bool failed = false;
+        for (const Call& call : calls) {
+            try {
+                apply(call, writer);
+            } catch (const SinkFailure&) {
+                failed = true;
+                EXPECT_EQ(recording.pieces.size(), successes) << call;
+                recording.writesLeft = std::numeric_limits<std::size_t>::max();
+            }
+        }
+        recording.writesLeft = std::numeric_limits<std::size_t>::max();
+        // Whatever failed before, an element written now is whole, and everything can be ended.
+        writer.writeEndDocument();
+        recording.pieces.clear();
+        writer.writeElement(u"z", u"urn:z", u"z", u"end");
+        std::u16string text;
+        for (const std::u16string& piece : recording.pieces) {
+            text += piece;
+        }
+        EXPECT_TRUE(text.starts_with(u"\n<z:z")) << successes;
+        EXPECT_TRUE(text.ends_with(u" xmlns:z=\"urn:z\">end</z:z>")) << successes;
+        if (!failed) {
+            break;
+        }
+    }
+}
+
+TEST(XmlWriter, EmptiesAStringAtOnceAndAddsToAStream)
+{
+    std::u16string units = u"old";
+    std::string bytes = "old";
+    std::ostringstream stream;
+    stream << "old ";
+    XmlWriter unitsWriter(units);
+    XmlWriter bytesWriter(bytes);
+    XmlWriter streamWriter(stream);
+    EXPECT_TRUE(units.empty());
+    EXPECT_TRUE(bytes.empty());
+    streamWriter.writeRawXml(u"new");
+    streamWriter.writeEndDocument();
+    EXPECT_EQ(stream.view(), "old new");
+}
+
+TEST(XmlWriter, LosesWhatIsNotConvertedWhenDestroyed)
+{
+    std::string bytes;
+    {
+        XmlWriter writer(bytes);
+        writer.writeRawXml(std::u16string(9000, u'a'));
+        writer.writeRawXml(std::u16string(8192, u'b'));
+    }
+    EXPECT_EQ(bytes, std::string(9000, 'a'));
+}
+
+TEST(XmlWriter, MovesWithItsDocument)
+{
+    std::u16string first;
+    std::u16string second;
+    XmlWriter writer(first);
+    writer.writeStartElement(u"a", u"", u"");
+    XmlWriter moved(std::move(writer));
+    XmlWriter other(second);
+    other.writeStartElement(u"b", u"", u"");
+    other = std::move(moved);
+    other.writeEndDocument();
+    EXPECT_EQ(first, u"\n<a/>");
+    EXPECT_EQ(second, u"\n<b");
+}
+
+TEST(XmlWriter, TakesItsOwnTargetAsAValue)
+{
+    std::u16string text;
+    XmlWriter writer(text);
+    writer.writeElement(u"a", u"x");
+    for (int i = 0; i < 5; ++i) {
+        const std::u16string before = text;
+        std::u16string escaped;
+        XmlWriter(escaped).writeValue(before);
+        writer.writeValue(text);
+        EXPECT_TRUE(sameText(text, before + escaped));
+    }
 }
 
 } // namespace
+
+} // namespace tarn::tests

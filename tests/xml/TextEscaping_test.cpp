@@ -1,0 +1,120 @@
+// The vector kernels against their portable twins: at every length and alignment, with special code
+// units at every place, and up to the last byte of a page.
+
+#include "support/GuardedBuffer.hpp"
+#include "support/SameText.hpp"
+
+#include <tarn/xml/TextEscaping.hpp>
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <random>
+#include <span>
+
+namespace tarn::tests {
+
+namespace {
+
+using namespace utils;
+
+constexpr std::size_t LONGEST_REPLACEMENT = 6;
+
+/// Beside the special code units, their neighbours and what equals them in the low byte or when it
+/// saturates.
+constexpr char16_t NEAR_MARKUP[] = {u'<', u'>', u'&', u'"', u'\'', u'!', u'#', u'%', u'(', u'=',
+                                    u'?', u';', 0x013C, 0x2622, 0xFF3C, 0x8027, 0x7F3E, 0x003A};
+constexpr char16_t CONTROLS[] = {0x00, 0x01, 0x08, u'\t', u'\n', 0x0B, 0x0C, u'\r',
+                                 0x0E, 0x1F, 0x20, 0x7F,  0x80,  0xFF01, 0x8001, 0x0100};
+
+void check(std::u16string_view text)
+{
+    const char16_t* const first = text.data();
+    const char16_t* const last = first + text.size();
+    ASSERT_EQ(findSpecial(first, last) - first, findSpecialPortable(first, last) - first)
+        << referenceUtf8(text);
+
+    const std::size_t room = text.size() * LONGEST_REPLACEMENT + ESCAPING_MARGIN;
+    std::u16string expected(room, u'-');
+    const EscapedRun portable =
+        escapeMarkupPortable(first, last, expected.data(), expected.data() + room);
+    expected.resize(static_cast<std::size_t>(portable.written - expected.data()));
+    auto output = GuardedBuffer<char16_t>::endingAtGuard(std::u16string(room, u'-'));
+    const EscapedRun fast = escapeMarkup(first, last, output.data(), output.data() + room);
+    ASSERT_EQ(fast.read - first, portable.read - first) << referenceUtf8(text);
+    ASSERT_TRUE(sameText({output.data(), fast.written}, expected));
+}
+
+TEST(TextEscaping, TreatsEveryCodeUnitAsItsPortableTwinDoes)
+{
+    for (std::uint32_t unit = 0; unit <= 0xFFFF; ++unit) {
+        std::u16string text(40, u'a');
+        text[unit % 40] = static_cast<char16_t>(unit);
+        check(text);
+    }
+}
+
+TEST(TextEscaping, FindsSpecialsAtEveryPlaceOfEveryLength)
+{
+    for (std::size_t length = 0; length <= 180; ++length) {
+        for (std::size_t place = 0; place < length; ++place) {
+            std::u16string text(length, u'x');
+            text[place] = u'&';
+            check(text);
+            text[length - 1] = 0x1F;
+            check(text);
+        }
+    }
+}
+
+TEST(TextEscaping, StaysInsideItsTextAndItsRoom)
+{
+    std::mt19937 random(7);
+    const auto randomText = [&](std::size_t length, std::span<const char16_t> units,
+                                unsigned percent) {
+        std::u16string text(length, u'z');
+        for (char16_t& unit : text) {
+            if (random() % 100 < percent) {
+                unit = units[random() % units.size()];
+            }
+        }
+        return text;
+    };
+    for (std::size_t length = 0; length <= 300; ++length) {
+        for (const unsigned percent : {0u, 5u, 50u, 100u}) {
+            for (const std::span<const char16_t> units : {std::span<const char16_t>(NEAR_MARKUP), std::span<const char16_t>(CONTROLS)}) {
+                const std::u16string text = randomText(length, units, percent);
+                check(GuardedBuffer<char16_t>::endingAtGuard(text).view());
+                check(GuardedBuffer<char16_t>::beginningAtGuard(text).view());
+            }
+        }
+    }
+}
+
+TEST(TextEscaping, StopsInTimeWhenRoomIsShort)
+{
+    const std::u16string text = [] {
+        std::u16string units;
+        for (int i = 0; i < 200; ++i) {
+            units += i % 3 == 0 ? u"\"\"" : u"ab";
+        }
+        return units;
+    }();
+    for (std::size_t room = 0; room <= 1000; ++room) {
+        auto output = GuardedBuffer<char16_t>::endingAtGuard(std::u16string(room, u'-'));
+        const EscapedRun run = escapeMarkup(text.data(), text.data() + text.size(), output.data(),
+                                            output.data() + room);
+        std::u16string whole(text.size() * LONGEST_REPLACEMENT + ESCAPING_MARGIN, u'-');
+        const EscapedRun expected =
+            escapeMarkupPortable(text.data(), run.read, whole.data(), whole.data() + whole.size());
+        ASSERT_TRUE(sameText({output.data(), run.written}, {whole.data(), expected.written}));
+        if (run.read != text.data() + text.size()) {
+            EXPECT_LT(output.data() + room - run.written,
+                      static_cast<std::ptrdiff_t>(ESCAPING_MARGIN));
+        }
+    }
+}
+
+} // namespace
+
+} // namespace tarn::tests
