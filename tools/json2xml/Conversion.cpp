@@ -1,0 +1,88 @@
+#include "tools/json2xml/Conversion.hpp"
+
+#include "tools/json2xml/XmlHandler.hpp"
+
+#include <rapidjson/error/error.h>
+
+namespace json2xml {
+
+namespace {
+
+/// Iterative, so that nesting costs no call stack. Changing the encoding validates it; the flag
+/// says that this is wanted.
+constexpr unsigned PARSE_FLAGS =
+    rapidjson::kParseIterativeFlag | rapidjson::kParseValidateEncodingFlag;
+
+using Reader = rapidjson::GenericReader<rapidjson::UTF8<>, rapidjson::UTF16<char16_t>>;
+
+/// What stands at @p offset, for people.
+std::string describeByte(const JsonInput& input, std::size_t offset)
+{
+    constexpr char HEXADECIMAL_DIGITS[] = "0123456789ABCDEF";
+    if (input.isEnd(offset)) {
+        return "the end of the input";
+    }
+    const auto byte = static_cast<unsigned char>(input.byteAt(offset));
+    if (byte > ' ' && byte <= '~') {
+        return {'\'', static_cast<char>(byte), '\''};
+    }
+    return {'b',
+            'y',
+            't',
+            'e',
+            ' ',
+            '0',
+            'x',
+            HEXADECIMAL_DIGITS[byte >> 4],
+            HEXADECIMAL_DIGITS[byte & 0xF]};
+}
+
+std::string describe(rapidjson::ParseErrorCode code, const JsonInput& input, std::size_t offset)
+{
+    const std::string found = describeByte(input, offset);
+    switch (code) {
+    case rapidjson::kParseErrorDocumentEmpty:
+        return "expected a value, found " + found;
+    case rapidjson::kParseErrorDocumentRootNotSingular:
+        return "expected the end of the input, found " + found;
+    case rapidjson::kParseErrorObjectMissName:
+        return "expected a key, found " + found;
+    case rapidjson::kParseErrorObjectMissColon:
+        return "expected ':', found " + found;
+    case rapidjson::kParseErrorObjectMissCommaOrCurlyBracket:
+        return "expected ',' or '}', found " + found;
+    case rapidjson::kParseErrorArrayMissCommaOrSquareBracket:
+        return "expected ',' or ']', found " + found;
+    case rapidjson::kParseErrorStringUnicodeEscapeInvalidHex:
+        return "expected four hexadecimal digits after '\\u'";
+    case rapidjson::kParseErrorStringEscapeInvalid:
+        return input.byteAt(offset) == '\\' ? "unknown escape sequence in a string"
+                                            : "a string holds " + found + ", which must be escaped";
+    case rapidjson::kParseErrorStringMissQuotationMark:
+        return "expected '\"' at the end of a string, found " + found;
+    case rapidjson::kParseErrorStringInvalidEncoding:
+        return "ill-formed UTF-8";
+    default:
+        return "invalid value, found " + found;
+    }
+}
+
+} // namespace
+
+void convert(JsonInput& input, std::ostream& output, std::size_t maximumDepth)
+{
+    XmlHandler handler(input, output, maximumDepth);
+    Reader reader;
+    const rapidjson::ParseResult result = reader.Parse<PARSE_FLAGS>(input, handler);
+    if (result.IsError()) {
+        input.fail(result.Offset(), describe(result.Code(), input, result.Offset()));
+    }
+    // The reader takes a NUL for the end.
+    if (!input.isEnd(input.Tell())) {
+        input.fail(input.Tell(),
+                   describe(rapidjson::kParseErrorDocumentRootNotSingular, input, input.Tell()));
+    }
+    handler.finish();
+}
+
+} // namespace json2xml
