@@ -2,6 +2,7 @@
 
 #include "tools/json2xml/XmlHandler.hpp"
 
+#include <new>
 #include <rapidjson/error/error.h>
 
 namespace json2xml {
@@ -13,7 +14,21 @@ namespace {
 constexpr unsigned PARSE_FLAGS =
     rapidjson::kParseIterativeFlag | rapidjson::kParseValidateEncodingFlag;
 
-using Reader = rapidjson::GenericReader<rapidjson::UTF8<>, rapidjson::UTF16<char16_t>>;
+/// For the reader, which takes it for granted that there is memory.
+struct ThrowingAllocator : rapidjson::CrtAllocator
+{
+    static void* Realloc(void* memory, std::size_t oldSize, std::size_t newSize)
+    {
+        void* const moved = CrtAllocator().Realloc(memory, oldSize, newSize);
+        if (moved == nullptr && newSize > 0) {
+            throw std::bad_alloc();
+        }
+        return moved;
+    }
+};
+
+using Reader =
+    rapidjson::GenericReader<rapidjson::UTF8<>, rapidjson::UTF16<char16_t>, ThrowingAllocator>;
 
 /// What stands at @p offset, for people.
 std::string describeByte(const JsonInput& input, std::size_t offset)
@@ -26,15 +41,16 @@ std::string describeByte(const JsonInput& input, std::size_t offset)
     if (byte > ' ' && byte <= '~') {
         return {'\'', static_cast<char>(byte), '\''};
     }
-    return {'b',
-            'y',
-            't',
-            'e',
-            ' ',
-            '0',
-            'x',
-            HEXADECIMAL_DIGITS[byte >> 4],
-            HEXADECIMAL_DIGITS[byte & 0xF]};
+    return std::string("byte 0x") + HEXADECIMAL_DIGITS[byte >> 4] + HEXADECIMAL_DIGITS[byte & 0xF];
+}
+
+std::string describeFaultInString(const JsonInput& input, std::size_t offset)
+{
+    if (input.byteAt(offset) != '\\') {
+        return "expected an escape sequence, found " + describeByte(input, offset);
+    }
+    return input.isEnd(input.Tell()) ? "the input ends inside an escape sequence"
+                                     : "unknown escape sequence";
 }
 
 std::string describe(rapidjson::ParseErrorCode code, const JsonInput& input, std::size_t offset)
@@ -54,12 +70,10 @@ std::string describe(rapidjson::ParseErrorCode code, const JsonInput& input, std
     case rapidjson::kParseErrorArrayMissCommaOrSquareBracket:
         return "expected ',' or ']', found " + found;
     case rapidjson::kParseErrorStringUnicodeEscapeInvalidHex:
-        return "expected four hexadecimal digits after '\\u'";
     case rapidjson::kParseErrorStringEscapeInvalid:
-        return input.byteAt(offset) == '\\' ? "unknown escape sequence in a string"
-                                            : "a string holds " + found + ", which must be escaped";
+        return describeFaultInString(input, offset);
     case rapidjson::kParseErrorStringMissQuotationMark:
-        return "expected '\"' at the end of a string, found " + found;
+        return "expected the end of a string, found " + found;
     case rapidjson::kParseErrorStringInvalidEncoding:
         return "ill-formed UTF-8";
     default:
@@ -78,9 +92,8 @@ void convert(JsonInput& input, std::ostream& output, std::size_t maximumDepth)
         input.fail(result.Offset(), describe(result.Code(), input, result.Offset()));
     }
     // The reader takes a NUL for the end.
-    if (!input.isEnd(input.Tell())) {
-        input.fail(input.Tell(),
-                   describe(rapidjson::kParseErrorDocumentRootNotSingular, input, input.Tell()));
+    if (const std::size_t offset = input.Tell(); !input.isEnd(offset)) {
+        input.fail(offset, describe(rapidjson::kParseErrorDocumentRootNotSingular, input, offset));
     }
     handler.finish();
 }

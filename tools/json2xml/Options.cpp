@@ -41,8 +41,10 @@ std::size_t parseDepth(const std::string& text)
     return depth;
 }
 
-void refuseExtras(const std::vector<std::string>& extras, const std::string& input)
+/// @param extras what is neither an option nor the first input, and the `--` between them.
+void refuseExtras(std::vector<std::string> extras, const std::string& input)
 {
+    std::erase(extras, "--");
     if (!extras.empty()) {
         const std::string& first = extras.front();
         throw UsageError(first.size() > 1 && first.front() == '-'

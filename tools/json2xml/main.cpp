@@ -63,7 +63,7 @@ void print(const std::string& information)
     output.commit();
 }
 
-void convert(const Options& options)
+void convertFile(const Options& options)
 {
     FileDescriptor file = openInput(options.input);
     Progress progress(STDERR_FILENO, sizeOf(file), Progress::Clock::now());
@@ -81,7 +81,7 @@ void convert(const Options& options)
 void run(const Options& options)
 {
     if (options.information.empty()) {
-        convert(options);
+        convertFile(options);
     } else {
         print(options.information);
     }
