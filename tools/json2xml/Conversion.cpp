@@ -30,32 +30,24 @@ struct ThrowingAllocator : rapidjson::CrtAllocator
 using Reader =
     rapidjson::GenericReader<rapidjson::UTF8<>, rapidjson::UTF16<char16_t>, ThrowingAllocator>;
 
-/// What stands at @p offset, for people.
-std::string describeByte(const JsonInput& input, std::size_t offset)
-{
-    constexpr char HEXADECIMAL_DIGITS[] = "0123456789ABCDEF";
-    if (input.isEnd(offset)) {
-        return "the end of the input";
-    }
-    const auto byte = static_cast<unsigned char>(input.byteAt(offset));
-    if (byte > ' ' && byte <= '~') {
-        return {'\'', static_cast<char>(byte), '\''};
-    }
-    return std::string("byte 0x") + HEXADECIMAL_DIGITS[byte >> 4] + HEXADECIMAL_DIGITS[byte & 0xF];
-}
-
 std::string describeFaultInString(const JsonInput& input, std::size_t offset)
 {
     if (input.byteAt(offset) != '\\') {
-        return "expected an escape sequence, found " + describeByte(input, offset);
+        return "expected an escape sequence, found " + input.describeByte(offset);
     }
     return input.isEnd(input.Tell()) ? "the input ends inside an escape sequence"
                                      : "unknown escape sequence";
 }
 
+/// Whether the byte before @p offset belongs to a literal, be it a wrong one.
+bool isInLiteral(const JsonInput& input, std::size_t offset)
+{
+    return offset > 0 && input.byteAt(offset - 1) >= 'a' && input.byteAt(offset - 1) <= 'z';
+}
+
 std::string describe(rapidjson::ParseErrorCode code, const JsonInput& input, std::size_t offset)
 {
-    const std::string found = describeByte(input, offset);
+    const std::string found = input.describeByte(offset);
     switch (code) {
     case rapidjson::kParseErrorDocumentEmpty:
         return "expected a value, found " + found;
@@ -77,7 +69,9 @@ std::string describe(rapidjson::ParseErrorCode code, const JsonInput& input, std
     case rapidjson::kParseErrorStringInvalidEncoding:
         return "ill-formed UTF-8";
     default:
-        return "invalid value, found " + found;
+        return (isInLiteral(input, offset) ? "expected true, false or null, found "
+                                           : "expected a value, found ") +
+               found;
     }
 }
 

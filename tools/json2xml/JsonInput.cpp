@@ -75,6 +75,19 @@ JsonInput::JsonInput(FileDescriptor descriptor, std::string name, BlockObserver 
     skipByteOrderMark();
 }
 
+std::string JsonInput::describeByte(std::size_t offset) const
+{
+    constexpr char HEXADECIMAL_DIGITS[] = "0123456789ABCDEF";
+    if (isEnd(offset)) {
+        return "the end of the input";
+    }
+    const auto byte = static_cast<unsigned char>(byteAt(offset));
+    if (byte > ' ' && byte <= '~') {
+        return {'\'', static_cast<char>(byte), '\''};
+    }
+    return std::string("byte 0x") + HEXADECIMAL_DIGITS[byte >> 4] + HEXADECIMAL_DIGITS[byte & 0xF];
+}
+
 void JsonInput::fail(std::size_t offset, const std::string& problem) const
 {
     const Position position =
@@ -101,14 +114,13 @@ JsonInput::Position JsonInput::advance(Position position, const char* first, con
 void JsonInput::skipByteOrderMark()
 {
     constexpr std::string_view BYTE_ORDER_MARK = "\xEF\xBB\xBF";
-    while (!ended &&
-           readEnd - buffer.data() < static_cast<std::ptrdiff_t>(BYTE_ORDER_MARK.size())) {
+    while (!ended && indexOf(readEnd) < BYTE_ORDER_MARK.size()) {
         showMore();
     }
     if (std::string_view(current, visibleEnd).starts_with(BYTE_ORDER_MARK)) {
+        startPosition.column = 0; // the mark takes up no column
         current += BYTE_ORDER_MARK.size();
         continueAtEnd();
-        startPosition.column = 0; // the mark takes up no column
     }
 }
 
@@ -197,7 +209,8 @@ char JsonInput::peekAhead(std::size_t distance)
 std::size_t JsonInput::passDigits(std::size_t distance)
 {
     if (!isDigit(peekAhead(distance))) {
-        fail(Tell() + distance, "expected a digit of a number");
+        const std::size_t offset = Tell() + distance;
+        fail(offset, "expected a digit of a number, found " + describeByte(offset));
     }
     do {
         ++distance;

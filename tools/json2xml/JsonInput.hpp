@@ -72,6 +72,9 @@ public:
     /// The byte at @p offset, which is at most LOOK_BEHIND before the current one; NUL at the end.
     char byteAt(std::size_t offset) const { return buffer[offset - startOffset]; }
 
+    /// That byte for people: `'x'`, `byte 0xNN` or `the end of the input`.
+    std::string describeByte(std::size_t offset) const;
+
     /// Throws an error whose text is `NAME:LINE:COLUMN: problem`. Lines and columns count from 1,
     /// and columns count characters.
     [[noreturn]] void fail(std::size_t offset, const std::string& problem) const;
@@ -79,9 +82,9 @@ public:
 private:
     static constexpr std::size_t BLOCK_SIZE = 64 * 1024;
 
-    /// The reader reports errors this many bytes before the current one at most: two Unicode
-    /// escapes.
-    static constexpr std::size_t LOOK_BEHIND = 12;
+    /// The reader reports an error this many bytes before the current one at most: where a Unicode
+    /// escape begins.
+    static constexpr std::size_t LOOK_BEHIND = 6;
 
     /// Where a byte stands; both count from 1.
     struct Position

@@ -12,18 +12,18 @@ namespace {
 constexpr auto DESCRIPTION =
     "Converts JSON to XML: the representation of JSON that XPath and XQuery Functions and\n"
     "Operators 3.1 defines, with the elements map, array, string, number, boolean and null\n"
-    "in the namespace http://www.w3.org/2005/xpath-functions and the attribute key.";
+    "in the namespace http://www.w3.org/2005/xpath-functions and the attribute key.\n";
 
 constexpr auto NOTES =
-    "The input is one JSON value in UTF-8. Numbers keep their digits, repeated keys are kept,\n"
-    "and each character that XML 1.0 does not allow becomes U+FFFD. The conversion streams: its\n"
-    "memory does not grow with the input, save for the longest string.\n"
+    "The input is one JSON value in UTF-8. Numbers keep their digits, repeated keys are\n"
+    "kept, and each character that XML 1.0 does not allow becomes U+FFFD. Memory grows with\n"
+    "the longest string and the depth, not with the input.\n"
     "\n"
-    "What is wrong with the input is reported as INPUT:LINE:COLUMN: MESSAGE. Lines and columns\n"
-    "count from 1, columns in characters. Standard input is called <stdin>.\n"
+    "What is wrong with the input is reported as INPUT:LINE:COLUMN: MESSAGE. Lines and\n"
+    "columns count from 1, columns in characters. Standard input is called <stdin>.\n"
     "\n"
-    "The exit status is 0 if all went well, 1 if the input cannot be read or is not JSON or the\n"
-    "output cannot be written, and 2 if the command line is wrong.\n"
+    "The exit status is 0 if all went well, 1 if the input cannot be read or is not JSON or\n"
+    "the output cannot be written, and 2 if the command line is wrong.\n"
     "\n"
     "Examples:\n"
     "  json2xml -o countries.xml countries.json\n"
@@ -66,16 +66,18 @@ Options parseOptions(int argumentCount, const char* const* arguments)
     app.add_option("INPUT", options.input, "The JSON file; standard input if it is - or left out")
         ->type_name("");
     app.add_option("-o,--output", options.output,
-                   "Write FILE instead of standard output. FILE is replaced when the conversion is "
-                   "complete; if it fails, FILE stays as it was")
+                   "Write FILE instead of standard output.\n"
+                   "FILE is replaced when the conversion is complete;\n"
+                   "if it fails, FILE stays as it was")
         ->type_name("FILE");
     app.add_option_function<std::string>(
            "--max-depth", [&](const std::string& text) { options.maximumDepth = parseDepth(text); },
-           "Refuse a value in which more than N arrays and objects are open at a time "
-           "(1000 if left out; a string, a number or a literal has depth 0)")
+           "Refuse arrays and objects inside one another in more than\n"
+           "N levels (1000 if left out; [] is one level, 1 is none)")
         ->type_name("N");
     app.add_flag("--progress", options.showsProgress,
-                 "Show the progress of a long conversion if standard error is a terminal");
+                 "Show how far a long conversion has come, if standard error\n"
+                 "is a terminal");
     try {
         app.parse(argumentCount, arguments);
     } catch (const CLI::CallForHelp&) {

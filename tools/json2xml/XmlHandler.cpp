@@ -163,7 +163,8 @@ bool XmlHandler::writeSimple(const std::u16string& name, const std::u16string& p
 bool XmlHandler::startContainer(const std::u16string& name)
 {
     if (depth == maximumDepth) {
-        input.fail(input.Tell(), "nested deeper than " + std::to_string(maximumDepth) + " levels");
+        input.fail(input.Tell(), "nested deeper than " + std::to_string(maximumDepth) +
+                                     " levels (see --max-depth)");
     }
     ++depth;
     startElement(name);

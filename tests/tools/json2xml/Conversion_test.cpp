@@ -96,6 +96,18 @@ TEST(Json2xml, ReadsTokensAcrossTheEndOfABlock)
     }
 }
 
+TEST(Json2xml, FindsFaultsAcrossTheEndOfABlock)
+{
+    for (std::size_t before = 0; before <= 16; ++before) {
+        const std::string blanks(BLOCK_SIZE - before, ' ');
+        const std::string column = std::to_string(blanks.size() + 2);
+        EXPECT_EQ(run({}, blanks + "\"\\uD83\"").error,
+                  "json2xml: <stdin>:1:" + column + ": unknown escape sequence\n");
+        EXPECT_EQ(run({}, blanks + "\"\xF0\x9F\x98z\"").error,
+                  "json2xml: <stdin>:1:" + column + ": ill-formed UTF-8\n");
+    }
+}
+
 TEST(Json2xml, ConvertsRealFiles)
 {
     std::size_t files = 0;
@@ -120,28 +132,28 @@ TEST(Json2xml, SaysWhatIsWrongAndWhere)
     } cases[] = {
         {"", "1:1: expected a value, found the end of the input"},
         {"\n \n", "3:1: expected a value, found the end of the input"},
-        {"[1,", "1:4: invalid value, found the end of the input"},
+        {"[1,", "1:4: expected a value, found the end of the input"},
         {"{\"a\":{\n\"b\"", "2:4: expected ':', found the end of the input"},
         {"[\"abc", "1:6: expected the end of a string, found the end of the input"},
         {"\"a\\u00", "1:3: the input ends inside an escape sequence"},
-        {"tru", "1:4: invalid value, found the end of the input"},
+        {"tru", "1:4: expected true, false or null, found the end of the input"},
         {"1 234", "1:3: expected the end of the input, found '2'"},
         {"[] ]", "1:4: expected the end of the input, found ']'"},
         {"1\0"s, "1:2: expected the end of the input, found byte 0x00"},
         {"[1 -2]", "1:4: expected ',' or ']', found '-'"},
         {"{\"a\":1 \"b\"}", "1:8: expected ',' or '}', found '\"'"},
-        {"[1,]", "1:4: invalid value, found ']'"},
+        {"[1,]", "1:4: expected a value, found ']'"},
         {"{\"a\":1,}", "1:8: expected a key, found '}'"},
         {"{1:2}", "1:2: expected a key, found '1'"},
-        {"[nULL]", "1:3: invalid value, found 'U'"},
-        {"NaN", "1:1: invalid value, found 'N'"},
-        {"/**/1", "1:1: invalid value, found '/'"},
+        {"[nULL]", "1:3: expected true, false or null, found 'U'"},
+        {"NaN", "1:1: expected a value, found 'N'"},
+        {"/**/1", "1:1: expected a value, found '/'"},
         {"01", "1:2: expected the end of the input, found '1'"},
-        {"+1", "1:1: invalid value, found '+'"},
-        {".5", "1:1: invalid value, found '.'"},
-        {"-", "1:2: expected a digit of a number"},
-        {std::string(400, '1') + ".e1", "1:402: expected a digit of a number"},
-        {"[1e+]", "1:5: expected a digit of a number"},
+        {"+1", "1:1: expected a value, found '+'"},
+        {".5", "1:1: expected a value, found '.'"},
+        {"-", "1:2: expected a digit of a number, found the end of the input"},
+        {std::string(400, '1') + ".e1", "1:402: expected a digit of a number, found 'e'"},
+        {"[1e+]", "1:5: expected a digit of a number, found ']'"},
         {"\"\\x\"", "1:2: unknown escape sequence"},
         {"\"\\uD83D\\u12G4\"", "1:8: unknown escape sequence"},
         {"\"a\n\"", "1:3: expected an escape sequence, found byte 0x0A"},
@@ -152,8 +164,8 @@ TEST(Json2xml, SaysWhatIsWrongAndWhere)
         {"\"\xED\xA0\x80\"", "1:2: ill-formed UTF-8"},
         {"\"\xF4\x90\x80\x80\"", "1:2: ill-formed UTF-8"},
         {"\r\n\"\u20AC\xE2\x82\"", "2:3: ill-formed UTF-8"},
-        {"\xFF\xFE[\0"s, "1:1: invalid value, found byte 0xFF"},
-        {"\xEF\xBB\xBF\u00E9", "1:1: invalid value, found byte 0xC3"},
+        {"\xFF\xFE[\0"s, "1:1: expected a value, found byte 0xFF"},
+        {"\xEF\xBB\xBF\u00E9", "1:1: expected a value, found byte 0xC3"},
         // Behind the first block.
         {std::string(BLOCK_SIZE, '\n') + "\"" + std::string(BLOCK_SIZE, 'a') + "\xFF",
          "65537:65538: ill-formed UTF-8"},
@@ -172,9 +184,9 @@ TEST(Json2xml, LimitsTheDepth)
     };
     EXPECT_EQ(run({}, nested(1000)).status, 0);
     EXPECT_EQ(run({}, nested(1001)).error,
-              "json2xml: <stdin>:1:1001: nested deeper than 1000 levels\n");
+              "json2xml: <stdin>:1:1001: nested deeper than 1000 levels (see --max-depth)\n");
     EXPECT_EQ(run({"--max-depth", "1"}, "[1,[]]").error,
-              "json2xml: <stdin>:1:4: nested deeper than 1 levels\n");
+              "json2xml: <stdin>:1:4: nested deeper than 1 levels (see --max-depth)\n");
     EXPECT_EQ(run({"--max-depth", "1"}, "[[").status, 1);
     EXPECT_EQ(run({"--max-depth", "2"}, "[{},{}]").error, "");
     EXPECT_EQ(run({"--max-depth", "0"}, "1").error, "");
