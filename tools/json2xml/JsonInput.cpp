@@ -1,0 +1,239 @@
+#include "tools/json2xml/JsonInput.hpp"
+
+#include <algorithm>
+#include <charconv>
+#include <cstring>
+#include <optional>
+#include <stdexcept>
+#include <string_view>
+#include <utility>
+
+namespace json2xml {
+
+namespace {
+
+/// Four hexadecimal digits after these begin a Unicode escape.
+constexpr std::string_view UNICODE_ESCAPE_START = "\\u";
+constexpr std::size_t UNICODE_ESCAPE_SIZE = 6;
+constexpr std::size_t SHORT_ESCAPE_SIZE = 2;
+constexpr char REPLACEMENT_DIGITS[] = {'F', 'F', 'F', 'D'};
+
+/// The code unit of the Unicode escape that begins at @p first, if one does.
+std::optional<unsigned> escapedCodeUnit(const char* first, const char* last)
+{
+    if (!std::string_view(first, last).starts_with(UNICODE_ESCAPE_START) ||
+        last - first < static_cast<std::ptrdiff_t>(UNICODE_ESCAPE_SIZE)) {
+        return std::nullopt;
+    }
+    const char* const digits = first + UNICODE_ESCAPE_START.size();
+    const char* const end = first + UNICODE_ESCAPE_SIZE;
+    unsigned codeUnit = 0;
+    const bool isWhole = std::from_chars(digits, end, codeUnit, 16).ptr == end;
+    return isWhole ? std::optional(codeUnit) : std::nullopt;
+}
+
+bool isHighSurrogate(unsigned codeUnit)
+{
+    return codeUnit >= 0xD800 && codeUnit <= 0xDBFF;
+}
+
+bool isLowSurrogate(unsigned codeUnit)
+{
+    return codeUnit >= 0xDC00 && codeUnit <= 0xDFFF;
+}
+
+bool isContinuationByte(char byte)
+{
+    return (static_cast<unsigned char>(byte) & 0xC0) == 0x80;
+}
+
+/// The length of the escape at @p first, once a surrogate without a partner has been replaced; for
+/// a surrogate pair, of both escapes.
+std::size_t pairSurrogates(char* first, const char* last)
+{
+    const std::optional<unsigned> codeUnit = escapedCodeUnit(first, last);
+    if (!codeUnit) {
+        return SHORT_ESCAPE_SIZE;
+    }
+    if (isHighSurrogate(*codeUnit) &&
+        isLowSurrogate(escapedCodeUnit(first + UNICODE_ESCAPE_SIZE, last).value_or(0))) {
+        return 2 * UNICODE_ESCAPE_SIZE;
+    }
+    if (isHighSurrogate(*codeUnit) || isLowSurrogate(*codeUnit)) {
+        std::ranges::copy(REPLACEMENT_DIGITS, first + UNICODE_ESCAPE_START.size());
+    }
+    return UNICODE_ESCAPE_SIZE;
+}
+
+} // namespace
+
+JsonInput::JsonInput(FileDescriptor descriptor, std::string name, BlockObserver onBlock)
+    : descriptor(std::move(descriptor)), name(std::move(name)), onBlock(std::move(onBlock)),
+      buffer(BLOCK_SIZE + 1), current(buffer.data()), visibleEnd(current), readEnd(current)
+{
+    continueAtEnd();
+    skipByteOrderMark();
+}
+
+std::string JsonInput::describeByte(std::size_t offset) const
+{
+    constexpr char HEXADECIMAL_DIGITS[] = "0123456789ABCDEF";
+    if (isEnd(offset)) {
+        return "the end of the input";
+    }
+    const auto byte = static_cast<unsigned char>(byteAt(offset));
+    if (byte > ' ' && byte <= '~') {
+        return {'\'', static_cast<char>(byte), '\''};
+    }
+    return std::string("byte 0x") + HEXADECIMAL_DIGITS[byte >> 4] + HEXADECIMAL_DIGITS[byte & 0xF];
+}
+
+void JsonInput::fail(std::size_t offset, const std::string& problem) const
+{
+    const Position position =
+        advance(startPosition, buffer.data(), buffer.data() + (offset - startOffset));
+    throw std::runtime_error(name + ':' + std::to_string(position.line) + ':' +
+                             std::to_string(position.column) + ": " + problem);
+}
+
+JsonInput::Position JsonInput::advance(Position position, const char* first, const char* last)
+{
+    const auto lineFeeds = std::count(first, last, '\n');
+    if (lineFeeds > 0) {
+        position.line += static_cast<std::uint64_t>(lineFeeds);
+        position.column = 1;
+        first = static_cast<const char*>(
+                    ::memrchr(first, '\n', static_cast<std::size_t>(last - first))) +
+                1;
+    }
+    position.column += static_cast<std::uint64_t>(
+        std::count_if(first, last, [](char byte) { return !isContinuationByte(byte); }));
+    return position;
+}
+
+void JsonInput::skipByteOrderMark()
+{
+    constexpr std::string_view BYTE_ORDER_MARK = "\xEF\xBB\xBF";
+    while (!ended && indexOf(readEnd) < BYTE_ORDER_MARK.size()) {
+        showMore();
+    }
+    if (std::string_view(current, visibleEnd).starts_with(BYTE_ORDER_MARK)) {
+        startPosition.column = 0; // the mark takes up no column
+        current += BYTE_ORDER_MARK.size();
+        continueAtEnd();
+    }
+}
+
+/// Restores what is promised of `current` after it has moved.
+void JsonInput::continueAtEnd()
+{
+    current = std::min(current, visibleEnd);
+    while (current == visibleEnd && !ended) {
+        showMore();
+    }
+}
+
+/// Reads once and shows what the reader may see of it.
+void JsonInput::showMore()
+{
+    dropUsed();
+    readBlock();
+    revealEscapes();
+}
+
+/// Makes room at the end of the buffer.
+void JsonInput::dropUsed()
+{
+    const std::size_t used = indexOf(current);
+    if (used > LOOK_BEHIND) {
+        char* const start = buffer.data();
+        const std::size_t dropped = used - LOOK_BEHIND;
+        startPosition = advance(startPosition, start, start + dropped);
+        startOffset += dropped;
+        std::copy(start + dropped, readEnd, start);
+        current -= dropped;
+        visibleEnd -= dropped;
+        readEnd -= dropped;
+    }
+}
+
+void JsonInput::readBlock()
+{
+    const std::size_t currentIndex = indexOf(current);
+    const std::size_t visibleSize = indexOf(visibleEnd);
+    const std::size_t size = indexOf(readEnd);
+    if (size + 1 == buffer.size()) {
+        buffer.resize(2 * buffer.size());
+    }
+    ssize_t count;
+    do {
+        count = ::read(descriptor.get(), buffer.data() + size, buffer.size() - 1 - size);
+    } while (count < 0 && errno == EINTR);
+    if (count < 0) {
+        throwSystemError(name);
+    }
+    current = buffer.data() + currentIndex;
+    visibleEnd = buffer.data() + visibleSize;
+    readEnd = buffer.data() + size + count;
+    ended = count == 0;
+    onBlock(startOffset + indexOf(readEnd));
+}
+
+/// Moves `visibleEnd` to the end of what has been read, or before an escape that may go on behind
+/// it.
+void JsonInput::revealEscapes()
+{
+    char* escape = visibleEnd;
+    while ((escape = std::find(escape, readEnd, '\\')) != readEnd) {
+        if (!ended && readEnd - escape < static_cast<std::ptrdiff_t>(2 * UNICODE_ESCAPE_SIZE)) {
+            break;
+        }
+        escape += pairSurrogates(escape, readEnd);
+        escape = std::min(escape, readEnd);
+    }
+    visibleEnd = escape;
+    *readEnd = '\0';
+}
+
+/// The byte @p distance behind the current one, which has been reached byte by byte; NUL at the
+/// end.
+char JsonInput::peekAhead(std::size_t distance)
+{
+    while (current + distance >= visibleEnd && !ended) {
+        showMore();
+    }
+    return current[distance];
+}
+
+/// Goes past one digit or more, from @p distance behind the current byte.
+std::size_t JsonInput::passDigits(std::size_t distance)
+{
+    if (!isDigit(peekAhead(distance))) {
+        const std::size_t offset = Tell() + distance;
+        fail(offset, "expected a digit of a number, found " + describeByte(offset));
+    }
+    do {
+        ++distance;
+    } while (isDigit(peekAhead(distance)));
+    return distance;
+}
+
+void JsonInput::captureNumber()
+{
+    const std::size_t signSize = *current == '-' ? 1 : 0;
+    std::size_t size = peekAhead(signSize) == '0' ? signSize + 1 : passDigits(signSize);
+    if (peekAhead(size) == '.') {
+        size = passDigits(size + 1);
+    }
+    if (peekAhead(size) == 'e' || peekAhead(size) == 'E') {
+        ++size;
+        if (peekAhead(size) == '+' || peekAhead(size) == '-') {
+            ++size;
+        }
+        size = passDigits(size);
+    }
+    numberText.assign(current, current + size);
+    std::fill(current + signSize + 1, current + size, ' ');
+}
+
+} // namespace json2xml

@@ -1,0 +1,91 @@
+#include "tools/json2xml/OutputFile.hpp"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+
+namespace json2xml {
+
+namespace {
+
+constexpr auto STANDARD_OUTPUT = "-";
+constexpr mode_t PERMISSIONS = 0777;
+constexpr mode_t PERMISSIONS_OF_NEW_FILE = 0666;
+
+mode_t defaultPermissions()
+{
+    const mode_t mask = ::umask(0);
+    ::umask(mask);
+    return PERMISSIONS_OF_NEW_FILE & ~mask;
+}
+
+bool isStandardOutput(const struct stat& file)
+{
+    struct stat output;
+    return ::fstat(STDOUT_FILENO, &output) == 0 && output.st_dev == file.st_dev &&
+           output.st_ino == file.st_ino;
+}
+
+} // namespace
+
+OutputFile::OutputFile(const std::string& path)
+    : name(path == STANDARD_OUTPUT ? "<stdout>" : path), descriptor(open(path))
+{
+    if (descriptor.get() < 0) {
+        throwSystemError(name);
+    }
+}
+
+void OutputFile::commit()
+{
+    if (::close(descriptor.release()) != 0) {
+        throwSystemError(name);
+    }
+    if (temporary) {
+        temporary->replaceTarget();
+    }
+}
+
+OutputFile::int_type OutputFile::overflow(int_type byte)
+{
+    const char text = traits_type::to_char_type(byte);
+    xsputn(&text, 1);
+    return traits_type::not_eof(byte);
+}
+
+std::streamsize OutputFile::xsputn(const char* bytes, std::streamsize count)
+{
+    std::streamsize written = 0;
+    while (written < count) {
+        const ssize_t step =
+            ::write(descriptor.get(), bytes + written, static_cast<std::size_t>(count - written));
+        if (step >= 0) {
+            written += step;
+        } else if (errno != EINTR) {
+            throwSystemError(name);
+        }
+    }
+    return count;
+}
+
+/// A descriptor for writing, or none and the error in `errno`.
+FileDescriptor OutputFile::open(const std::string& path)
+{
+    struct stat existing;
+    const bool exists = path != STANDARD_OUTPUT && ::stat(path.c_str(), &existing) == 0;
+    if (path == STANDARD_OUTPUT || (exists && isStandardOutput(existing))) {
+        return FileDescriptor(STDOUT_FILENO);
+    }
+    if (!exists && errno != ENOENT) {
+        return FileDescriptor(-1);
+    }
+    if (exists && !S_ISREG(existing.st_mode)) {
+        return FileDescriptor(::open(path.c_str(), O_WRONLY | O_NOCTTY | O_CLOEXEC));
+    }
+    if (exists && ::euidaccess(path.c_str(), W_OK) != 0) {
+        return FileDescriptor(-1);
+    }
+    temporary.emplace(path, exists ? existing.st_mode & PERMISSIONS : defaultPermissions());
+    return temporary->takeDescriptor();
+}
+
+} // namespace json2xml

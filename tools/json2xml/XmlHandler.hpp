@@ -1,0 +1,68 @@
+// XmlHandler: writes the events of RapidJSON's reader as the XML representation of JSON from XPath
+// and XQuery Functions and Operators 3.1.
+#pragma once
+
+#include "tools/json2xml/JsonInput.hpp"
+
+#include <cstddef>
+#include <iosfwd>
+#include <rapidjson/encodings.h>
+#include <rapidjson/reader.h>
+#include <string>
+#include <tarn/xml/XmlWriter.hpp>
+
+namespace json2xml {
+
+/// Strings come as UTF-16; numbers as one digit, their text being in the input.
+class XmlHandler : public rapidjson::BaseReaderHandler<rapidjson::UTF16<char16_t>, XmlHandler>
+{
+public:
+    /// Writes the XML declaration.
+    ///
+    /// @param input the input that the reader reads; gives the texts of numbers, and the place of
+    ///        a value that is nested too deep.
+    /// @param maximumDepth how many arrays and objects may be open at a time.
+    XmlHandler(JsonInput& input, std::ostream& output, std::size_t maximumDepth);
+
+    bool Null();
+    bool Bool(bool isTrue);
+    bool Int(int firstDigit);
+    bool Uint(unsigned firstDigit);
+    bool String(const char16_t* characters, rapidjson::SizeType length, bool isTemporary);
+    bool StartObject();
+    bool Key(const char16_t* characters, rapidjson::SizeType length, bool isTemporary);
+    bool EndObject(rapidjson::SizeType memberCount);
+    bool StartArray();
+    bool EndArray(rapidjson::SizeType elementCount);
+
+    /// Ends the document with a line feed and pushes all text to the output.
+    void finish();
+
+private:
+    void startElement(const std::u16string& name);
+    bool writeSimple(const std::u16string& name, const std::u16string& plainText);
+    bool startContainer(const std::u16string& name);
+    bool endContainer();
+
+    /// Writes @p text, in which it replaces what XML 1.0 does not allow, as content or into the
+    /// open attribute value. A parser gives it back unchanged.
+    ///
+    /// @param normalised the white space that a parser would change at this place.
+    void writeText(std::u16string& text, const std::u16string& normalised);
+    void writeInPieces(const std::u16string& text, const std::u16string& normalised);
+
+    JsonInput& input;
+    tarn::utils::XmlWriter writer;
+    const std::size_t maximumDepth;
+    std::size_t depth = 0;
+
+    /// The key of the value that comes next, if that is an object's member.
+    std::u16string key;
+    bool hasKey = false;
+
+    /// Members for the sake of their memory: a string value, and a piece of one.
+    std::u16string text;
+    std::u16string piece;
+};
+
+} // namespace json2xml
