@@ -2,16 +2,20 @@
 // writer that it is for, prepared before the time is taken.
 #pragma once
 
-#include <rapidjson/encodings.h>
-#include <rapidjson/stringbuffer.h>
-
 #include <string>
 #include <string_view>
 
 namespace benchmarks {
 
-/// Converts UTF-16 text to the string type of a writer. A writer with a string type of its own adds
-/// a specialisation.
+std::string toUtf8(std::u16string_view text);
+
+inline std::string_view toUtf8(std::string_view text)
+{
+    return text;
+}
+
+/// Converts @p text to the string type of a writer. A writer with a string type of its own adds a
+/// specialisation.
 template <class String>
 String convert(const std::u16string& text) = delete;
 
@@ -24,14 +28,7 @@ inline std::u16string convert(const std::u16string& text)
 template <>
 inline std::string convert(const std::u16string& text)
 {
-    using Utf16 = rapidjson::UTF16<char16_t>;
-    using Utf8 = rapidjson::UTF8<>;
-    rapidjson::GenericStringStream<Utf16> source(text.c_str());
-    rapidjson::StringBuffer converted;
-    while (source.Peek() != 0) {
-        rapidjson::Transcoder<Utf16, Utf8>::Transcode(source, converted);
-    }
-    return {converted.GetString(), converted.GetSize()};
+    return toUtf8(text);
 }
 
 template <class String>

@@ -8,4 +8,10 @@ std::vector<Case>& cases()
     return registered;
 }
 
+OutlineReader& outlineReader()
+{
+    static OutlineReader reader = nullptr;
+    return reader;
+}
+
 } // namespace benchmarks

@@ -2,14 +2,19 @@
 // a writer whose library is not installed is not compiled and so not there.
 #pragma once
 
+#include "benchmarks/documents/Attributes.hpp"
+#include "benchmarks/documents/Deep.hpp"
 #include "benchmarks/documents/Feed.hpp"
+#include "benchmarks/documents/Namespaces.hpp"
 #include "benchmarks/documents/Paragraphs.hpp"
 #include "benchmarks/documents/Records.hpp"
+#include "benchmarks/documents/Tiny.hpp"
+#include "benchmarks/Outline.hpp"
 
 #include <benchmark/benchmark.h>
 
-#include <functional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace benchmarks {
@@ -19,9 +24,12 @@ struct Case
 {
     std::string document;
     std::string writer;
+    /// Writes the document again and again.
+    void (*time)(benchmark::State&);
     /// Writes the document once and returns it as UTF-8.
-    std::function<std::string()> write;
-    std::function<void(benchmark::State&)> time;
+    std::string (*write)();
+    /// The outline that the document should have.
+    std::string (*outline)();
 };
 
 /// The cases in the order of registration.
@@ -40,10 +48,10 @@ std::string write()
 {
     Writer writer;
     document<Document>().write(writer);
-    return std::string(writer.finish());
+    return std::string(toUtf8(writer.finish()));
 }
 
-/// Writes the document again and again, each time with a new writer to a new target.
+/// Each time, a new writer writes to a new target.
 template <class Writer, class Document>
 void time(benchmark::State& state)
 {
@@ -53,9 +61,9 @@ void time(benchmark::State& state)
         for (int copy = 0; copy < Document::COPIES; ++copy) {
             Writer writer;
             timed.write(writer);
-            const std::string_view output = writer.finish();
+            const auto output = writer.finish();
             benchmark::DoNotOptimize(output.data());
-            bytes += output.size();
+            bytes += output.size() * sizeof(output.front());
         }
     }
     state.SetBytesProcessed(static_cast<std::int64_t>(bytes));
@@ -67,38 +75,44 @@ void time(benchmark::State& state)
 ///     {
 ///     public:
 ///         using String = ...; // what it takes text in
-///         Writer();           // makes the target, opens the document
+///         Writer();           // makes the target and begins the document
 ///         void startElement(const Name<String>&);
 ///         void startElement(const Name<String>&, const std::vector<Namespace<String>>& declared);
 ///         void attribute(const Name<String>&, const String& value);
 ///         void text(const String&);
 ///         void endElement();
 ///         void textElement(const Name<String>&, const String& text);
-///         std::string_view finish(); // ends the document; the target's bytes
+///         std::string_view finish(); // ends the document and gives the target's content
 ///     };
 /// @endcode
 template <class Writer>
 class Registration
 {
 public:
-    explicit Registration(const std::string& writer)
+    Registration(const std::string& writer, const std::string& version)
     {
-        using String = typename Writer::String;
-        add<Records<String>>(writer);
-        add<Feed<String>>(writer);
-        add<Prose<String>>(writer);
-        add<Multilingual<String>>(writer);
-        add<Markup<String>>(writer);
-        add<Huge<String>>(writer);
-        add<Controls<String>>(writer);
+        benchmark::AddCustomContext(writer, version);
+        add<Records>(writer);
+        add<Feed>(writer);
+        add<Prose>(writer);
+        add<Multilingual>(writer);
+        add<Markup>(writer);
+        add<Deep>(writer);
+        add<Attributes>(writer);
+        add<Namespaces>(writer);
+        add<Scopes>(writer);
+        add<Controls>(writer);
+        add<Huge>(writer);
+        add<Tiny>(writer);
     }
 
 private:
-    template <class Document>
+    template <template <class> class Document>
     static void add(const std::string& writer)
     {
-        cases().push_back(
-            {Document::NAME, writer, write<Writer, Document>, time<Writer, Document>});
+        using Timed = Document<typename Writer::String>;
+        cases().push_back({Timed::NAME, writer, time<Writer, Timed>, write<Writer, Timed>,
+                           write<Outline, Document<std::string>>});
     }
 };
 

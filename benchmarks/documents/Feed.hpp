@@ -19,8 +19,9 @@ public:
     {
         TextSource source(ENGLISH);
         for (std::size_t number = 1; number <= 1000; ++number) {
-            const std::u16string address = u"https://www.example.org/2024/05/" + digits(number);
-            const std::u16string time = u"2024-05-" + digits(source.number(10, 31)) + u"T18:30:02Z";
+            const std::u16string address = numbered(u"https://www.example.org/2024/05/", number);
+            const std::u16string time =
+                numbered(u"2024-05-", source.number(10, 31)) + u"T18:30:02Z";
             entries.push_back({convert<String>(address), convert<String>(source.words(6)),
                                convert<String>(time), convert<String>(source.words(2)),
                                convert<String>(source.words(1)),

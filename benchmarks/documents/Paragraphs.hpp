@@ -74,14 +74,14 @@ struct Markup : Paragraphs<String>
 template <class String>
 struct Huge : Paragraphs<String>
 {
-    static constexpr const char* NAME = "huge value";
+    static constexpr const char* NAME = "huge";
     Huge() { this->add(ENGLISH, 1, 2'000'000); }
 };
 
 template <class String>
 struct Controls : Paragraphs<String>
 {
-    static constexpr const char* NAME = "control characters";
+    static constexpr const char* NAME = "controls";
     Controls() { this->add(CONTROLS, 500, 600); }
 };
 

@@ -19,7 +19,7 @@ public:
     {
         TextSource source(ENGLISH);
         for (std::size_t number = 1; number <= 5000; ++number) {
-            records.push_back({convert<String>(digits(10000 + number)),
+            records.push_back({convert<String>(numbered(u"1", number)),
                                convert<String>(source.words(1)),
                                convert<String>(source.words(source.number(1, 4)))});
         }

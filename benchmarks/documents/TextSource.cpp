@@ -62,8 +62,8 @@ const Vocabulary SOURCE_TEXT{{u"if",
                              u"; "};
 
 const Vocabulary CONTROLS{{u"the", u"log", u"\u001b[1m", u"carried", u"\u0007", u"pages", u"\u000c",
-                           u"apart", u"\u000b", u"and", u"columns", u"with", u"bold", u"\u001b[0m",
-                           u"words", u"\u0008", u"left"}};
+                           u"apart", u"and", u"columns", u"with", u"bold", u"\u001b[0m", u"words",
+                           u"\u0008", u"left"}};
 
 std::size_t TextSource::number(std::size_t least, std::size_t most)
 {
@@ -93,10 +93,10 @@ std::u16string TextSource::paragraph(std::size_t units)
     return text;
 }
 
-std::u16string digits(std::size_t number)
+std::u16string numbered(std::u16string_view text, std::size_t number)
 {
-    const std::string narrow = std::to_string(number);
-    return {narrow.begin(), narrow.end()};
+    const std::string digits = std::to_string(number);
+    return std::u16string(text).append(digits.begin(), digits.end());
 }
 
 } // namespace benchmarks

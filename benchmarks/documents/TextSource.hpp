@@ -44,7 +44,7 @@ private:
     std::mt19937 random; // seeded with the same number every time
 };
 
-/// @return @p number in base ten.
-std::u16string digits(std::size_t number);
+/// @return @p text and @p number in base ten behind it.
+std::u16string numbered(std::u16string_view text, std::size_t number);
 
 } // namespace benchmarks

@@ -12,26 +12,26 @@ const xmlChar* characters(const std::string& text)
     return reinterpret_cast<const xmlChar*>(text.c_str());
 }
 
-class Libxml2
+class Libxml2Writer
 {
 public:
     using String = std::string;
 
-    Libxml2()
+    Libxml2Writer()
     {
         xmlTextWriterSetIndent(writer, 1);
         xmlTextWriterSetIndentString(writer, BAD_CAST "  ");
         xmlTextWriterStartDocument(writer, nullptr, "UTF-8", nullptr);
     }
 
-    ~Libxml2()
+    ~Libxml2Writer()
     {
         xmlFreeTextWriter(writer);
         xmlBufferFree(target);
     }
 
-    Libxml2(const Libxml2&) = delete;
-    Libxml2& operator=(const Libxml2&) = delete;
+    Libxml2Writer(const Libxml2Writer&) = delete;
+    Libxml2Writer& operator=(const Libxml2Writer&) = delete;
 
     void startElement(const Name<String>& name)
     {
@@ -74,7 +74,7 @@ private:
     xmlTextWriter* writer = xmlNewTextWriterMemory(target, 0);
 };
 
-const Registration<Libxml2> registration("libxml2");
+const Registration<Libxml2Writer> registration("libxml2", LIBXML_DOTTED_VERSION);
 
 } // namespace
 

@@ -18,7 +18,7 @@ public:
     std::string text;
 };
 
-class Pugixml
+class PugixmlWriter
 {
 public:
     using String = std::string;
@@ -67,7 +67,9 @@ private:
     StringTarget target;
 };
 
-const Registration<Pugixml> registration("pugixml");
+const std::string version =
+    std::to_string(PUGIXML_VERSION / 1000) + "." + std::to_string(PUGIXML_VERSION / 10 % 100);
+const Registration<PugixmlWriter> registration("pugixml", version);
 
 } // namespace
 

@@ -13,12 +13,12 @@ QString convert(const std::u16string& text)
 
 namespace {
 
-class Qt
+class QtWriter
 {
 public:
     using String = QString;
 
-    Qt()
+    QtWriter()
     {
         writer.setAutoFormatting(true);
         writer.setAutoFormattingIndent(2);
@@ -75,7 +75,7 @@ private:
     QXmlStreamWriter writer{&target};
 };
 
-const Registration<Qt> registration("qt");
+const Registration<QtWriter> registration("qt", qVersion());
 
 } // namespace
 

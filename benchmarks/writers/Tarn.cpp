@@ -10,12 +10,12 @@ namespace benchmarks {
 namespace {
 
 template <class Target>
-class Tarn
+class TarnWriter
 {
 public:
     using String = std::u16string;
 
-    Tarn() { writer.writeStartDocument(); }
+    TarnWriter() { writer.writeStartDocument(); }
 
     void startElement(const Name<String>& name)
     {
@@ -44,23 +44,26 @@ public:
         writer.writeElement(name.localName, name.namespaceUri, name.prefix, value);
     }
 
-    std::string_view finish()
+    auto finish()
     {
         writer.writeEndDocument();
-        return bytes(target);
+        return content(target);
     }
 
 private:
-    static std::string_view bytes(const std::string& target) { return target; }
+    static std::string_view content(const std::string& target) { return target; }
 
-    static std::string_view bytes(const std::ostringstream& target) { return target.view(); }
+    static std::u16string_view content(const std::u16string& target) { return target; }
+
+    static std::string_view content(const std::ostringstream& target) { return target.view(); }
 
     Target target;
     tarn::utils::XmlWriter writer{target};
 };
 
-const Registration<Tarn<std::string>> overString("tarn");
-const Registration<Tarn<std::ostringstream>> overStream("tarn ostream");
+const Registration<TarnWriter<std::string>> overBytes("tarn", TARN_VERSION);
+const Registration<TarnWriter<std::u16string>> overUtf16("tarn u16string", TARN_VERSION);
+const Registration<TarnWriter<std::ostringstream>> overStream("tarn ostream", TARN_VERSION);
 
 } // namespace
 

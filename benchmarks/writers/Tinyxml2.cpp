@@ -19,12 +19,12 @@ protected:
     }
 };
 
-class Tinyxml2
+class Tinyxml2Writer
 {
 public:
     using String = std::string;
 
-    Tinyxml2() { printer.PushHeader(false, true); }
+    Tinyxml2Writer() { printer.PushHeader(false, true); }
 
     void startElement(const Name<String>& name) { printer.OpenElement(name.qualifiedName.c_str()); }
 
@@ -61,7 +61,10 @@ private:
     Printer printer;
 };
 
-const Registration<Tinyxml2> registration("tinyxml2");
+const std::string version = std::to_string(TINYXML2_MAJOR_VERSION) + "." +
+                            std::to_string(TINYXML2_MINOR_VERSION) + "." +
+                            std::to_string(TINYXML2_PATCH_VERSION);
+const Registration<Tinyxml2Writer> registration("tinyxml2", version);
 
 } // namespace
 
