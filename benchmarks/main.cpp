@@ -60,7 +60,7 @@ int main(int argumentCount, char** arguments)
         return 1;
     }
     benchmark::AddCustomContext("processor", processor());
-    benchmark::AddCustomContext("compiler", __VERSION__);
+    benchmark::AddCustomContext("compiler", COMPILER);
     if (outlineReader() == nullptr) {
         std::cerr << "The output is not checked: libxml2 is not installed\n";
     }
