@@ -1,0 +1,119 @@
+// Every document with every writer. A writer's source file registers the writer for all documents;
+// a writer whose library is not installed is not compiled and so not there.
+#pragma once
+
+#include "benchmarks/documents/Attributes.hpp"
+#include "benchmarks/documents/Deep.hpp"
+#include "benchmarks/documents/Feed.hpp"
+#include "benchmarks/documents/Namespaces.hpp"
+#include "benchmarks/documents/Paragraphs.hpp"
+#include "benchmarks/documents/Records.hpp"
+#include "benchmarks/documents/Tiny.hpp"
+#include "benchmarks/Outline.hpp"
+
+#include <benchmark/benchmark.h>
+
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace benchmarks {
+
+/// One document with one writer.
+struct Case
+{
+    std::string document;
+    std::string writer;
+    /// Writes the document again and again.
+    void (*time)(benchmark::State&);
+    /// Writes the document once and returns it as UTF-8.
+    std::string (*write)();
+    /// The outline that the document should have.
+    std::string (*outline)();
+};
+
+/// The cases in the order of registration.
+std::vector<Case>& cases();
+
+/// The document, made at its first use.
+template <class Document>
+const Document& document()
+{
+    static const Document document;
+    return document;
+}
+
+template <class Writer, class Document>
+std::string write()
+{
+    Writer writer;
+    document<Document>().write(writer);
+    return std::string(toUtf8(writer.finish()));
+}
+
+/// Each time, a new writer writes to a new target.
+template <class Writer, class Document>
+void time(benchmark::State& state)
+{
+    const Document& timed = document<Document>();
+    std::size_t bytes = 0;
+    for ([[maybe_unused]] auto iteration : state) {
+        for (int copy = 0; copy < Document::COPIES; ++copy) {
+            Writer writer;
+            timed.write(writer);
+            const auto output = writer.finish();
+            benchmark::DoNotOptimize(output.data());
+            bytes += output.size() * sizeof(output.front());
+        }
+    }
+    state.SetBytesProcessed(static_cast<std::int64_t>(bytes));
+}
+
+/// Registers a writer for all documents. A writer is a class
+/// @code
+///     class Writer
+///     {
+///     public:
+///         using String = ...; // what it takes text in
+///         Writer();           // makes the target and begins the document
+///         void startElement(const Name<String>&);
+///         void startElement(const Name<String>&, const std::vector<Namespace<String>>& declared);
+///         void attribute(const Name<String>&, const String& value);
+///         void text(const String&);
+///         void endElement();
+///         void textElement(const Name<String>&, const String& text);
+///         std::string_view finish(); // ends the document and gives the target's content
+///     };
+/// @endcode
+template <class Writer>
+class Registration
+{
+public:
+    Registration(const std::string& writer, const std::string& version)
+    {
+        benchmark::AddCustomContext(writer, version);
+        add<Records>(writer);
+        add<Feed>(writer);
+        add<Prose>(writer);
+        add<Multilingual>(writer);
+        add<Markup>(writer);
+        add<Deep>(writer);
+        add<Attributes>(writer);
+        add<Namespaces>(writer);
+        add<Scopes>(writer);
+        add<Controls>(writer);
+        add<Huge>(writer);
+        add<Tiny>(writer);
+    }
+
+private:
+    template <template <class> class Document>
+    static void add(const std::string& writer)
+    {
+        using Timed = Document<typename Writer::String>;
+        cases().push_back({Timed::NAME, writer, time<Writer, Timed>, write<Writer, Timed>,
+                           write<Outline, Document<std::string>>});
+    }
+};
+
+} // namespace benchmarks

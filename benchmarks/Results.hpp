@@ -1,0 +1,63 @@
+// What a run of writers_benchmark measured, read from the JSON that it leaves.
+#pragma once
+
+#include <cstdint>
+#include <map>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+namespace benchmarks {
+
+/// Another writer, under the name that its results have.
+struct Peer
+{
+    std::string_view name;
+    std::string_view title;
+};
+
+/// The name that the results of this project's writer have, over its main target.
+inline constexpr const char* OURS = "tarn";
+
+inline constexpr Peer PEERS[] = {
+    {"qt", "Qt"}, {"libxml2", "libxml2"}, {"tinyxml2", "tinyxml2"}, {"pugixml", "pugixml"}};
+
+class Results
+{
+public:
+    /// @throws std::runtime_error that says what is wrong with @p file.
+    explicit Results(const std::string& file);
+
+    /// The documents in the order in which they were measured.
+    const std::vector<std::string>& documents() const { return documentNames; }
+
+    struct Measurement
+    {
+        double medianNanoseconds = 0;
+        double megabytesPerSecond = 0;
+        /// The standard deviation of the repetitions over their mean.
+        double variation = 0;
+    };
+
+    /// @param writer its name, with the suffix of the benchmark library for a run on threads.
+    /// @return null if the writer did not write the document.
+    const Measurement* find(const std::string& document, const std::string& writer) const;
+
+    /// @return the median time of @p writer over ours.
+    std::optional<double> ratio(const std::string& document, const std::string& writer) const;
+
+    /// @return true if @p peer wrote any document.
+    bool has(std::string_view peer) const;
+
+    /// What the run says about itself: "processor", "compiler", and the version of each writer.
+    std::string context(const std::string& key) const;
+
+private:
+    std::vector<std::string> documentNames;
+    std::map<std::pair<std::string, std::string>, Measurement> measurements;
+    std::map<std::string, std::string> contextValues;
+};
+
+} // namespace benchmarks

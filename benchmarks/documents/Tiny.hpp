@@ -1,0 +1,32 @@
+// Very small documents, each with a writer and a target of its own.
+#pragma once
+
+#include "benchmarks/Forms.hpp"
+
+namespace benchmarks {
+
+template <class String>
+class Tiny
+{
+public:
+    static constexpr const char* NAME = "tiny";
+    static constexpr int COPIES = 1000;
+
+    template <class Writer>
+    void write(Writer& writer) const
+    {
+        writer.startElement(root);
+        writer.attribute(id, number);
+        writer.textElement(state, ready);
+        writer.endElement();
+    }
+
+private:
+    Name<String> root{u"message"};
+    Name<String> id{u"id"};
+    Name<String> state{u"state"};
+    String number = convert<String>(u"4711");
+    String ready = convert<String>(u"ready");
+};
+
+} // namespace benchmarks

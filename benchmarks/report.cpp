@@ -1,0 +1,167 @@
+// Prints what writers_benchmark measured: how many times as long as our writer each other writer
+// took, beside the least that we want.
+#include "benchmarks/Results.hpp"
+
+#include <algorithm>
+#include <iomanip>
+#include <iostream>
+#include <iterator>
+#include <sstream>
+
+namespace benchmarks {
+
+namespace {
+
+constexpr std::size_t PEER_COUNT = std::size(PEERS);
+
+/// The least wanted ratio for each peer, in the order of PEERS; 0 where none is set.
+struct Targets
+{
+    std::string_view document;
+    double least[PEER_COUNT];
+};
+
+constexpr Targets TARGETS[] = {
+    {"records", {4.0, 2.5, 1.0, 1.5}}, {"feed", {4.0, 2.0, 0, 0}},
+    {"prose", {10.0, 3.0, 3.0, 1.0}},  {"multilingual", {6.0, 1.8, 2.0, 1.0}},
+    {"markup", {3.0, 1.0, 1.3, 1.0}},  {"namespaces", {3.0, 0, 0, 0}},
+    {"scopes", {3.0, 0, 0, 0}},        {"tiny", {3.0, 0, 0, 0}},
+};
+constexpr Targets OTHER_TARGETS{"", {3.0, 1.0, 1.0, 1.0}};
+
+const Targets& targets(const std::string& document)
+{
+    const auto* const found = std::ranges::find(TARGETS, document, &Targets::document);
+    return found == std::end(TARGETS) ? OTHER_TARGETS : *found;
+}
+
+std::string fixed(double value, int decimals)
+{
+    std::ostringstream text;
+    text << std::fixed << std::setprecision(decimals) << value;
+    return text.str();
+}
+
+std::string ratioCell(const Results& results, const std::string& document, const Peer& peer,
+                      double least)
+{
+    const std::optional<double> ratio = results.ratio(document, std::string(peer.name));
+    if (!ratio) {
+        return results.has(peer.name) ? "other output" : "absent";
+    }
+    std::string cell = fixed(*ratio, 2);
+    if (least > 0) {
+        cell += (*ratio >= least ? " ≥ " : " < ") + fixed(least, 1);
+    }
+    return cell;
+}
+
+/// The time of our writer over another target, over that with a byte string.
+std::string otherTargetCell(const Results& results, const std::string& document,
+                            const std::string& target)
+{
+    const std::optional<double> ratio = results.ratio(document, std::string(OURS) + ' ' + target);
+    return ratio ? fixed(*ratio, 2) : "";
+}
+
+/// The time in which two threads write two documents, over that in which one writes one.
+std::string threadsCell(const Results& results, const std::string& document)
+{
+    // The benchmark library divides the time by the number of documents that both have written.
+    const std::optional<double> ratio =
+        results.ratio(document, std::string(OURS) + "/real_time/threads:2");
+    return ratio ? fixed(2 * *ratio, 2) : "";
+}
+
+/// The largest variation among the writers of one document.
+std::string variationCell(const Results& results, const std::string& document)
+{
+    double largest = results.find(document, OURS)->variation;
+    for (const Peer& peer : PEERS) {
+        if (const auto* const measured = results.find(document, std::string(peer.name))) {
+            largest = std::max(largest, measured->variation);
+        }
+    }
+    return "±" + fixed(100 * largest, 0) + " %";
+}
+
+using Row = std::vector<std::string>;
+
+std::vector<Row> table(const Results& results)
+{
+    Row heading{"document", "MB/s"};
+    for (const Peer& peer : PEERS) {
+        const std::string version = results.context(std::string(peer.name));
+        heading.push_back(std::string(peer.title) + (version.empty() ? "" : ' ' + version));
+    }
+    heading.insert(heading.end(), {"u16string", "ostream", "2 threads", "spread"});
+    std::vector<Row> rows{heading, Row(heading.size())};
+    for (const std::string& document : results.documents()) {
+        const Results::Measurement* const ours = results.find(document, OURS);
+        if (ours == nullptr) {
+            continue;
+        }
+        Row row{document, fixed(ours->megabytesPerSecond, 0)};
+        for (std::size_t peer = 0; peer < PEER_COUNT; ++peer) {
+            row.push_back(ratioCell(results, document, PEERS[peer], targets(document).least[peer]));
+        }
+        row.push_back(otherTargetCell(results, document, "u16string"));
+        row.push_back(otherTargetCell(results, document, "ostream"));
+        row.push_back(threadsCell(results, document));
+        row.push_back(variationCell(results, document));
+        rows.push_back(row);
+    }
+    return rows;
+}
+
+/// @return the number of characters of UTF-8 @p text.
+std::size_t width(const std::string& text)
+{
+    return static_cast<std::size_t>(std::ranges::count_if(
+        text, [](char byte) { return (static_cast<unsigned char>(byte) & 0xC0) != 0x80; }));
+}
+
+/// Prints the rows as a Markdown table. An empty cell of the second row becomes the line below the
+/// heading.
+void print(const std::vector<Row>& rows)
+{
+    for (std::size_t row = 0; row < rows.size(); ++row) {
+        for (std::size_t column = 0; column < rows[row].size(); ++column) {
+            std::size_t widest = 0;
+            for (const Row& each : rows) {
+                widest = std::max(widest, width(each[column]));
+            }
+            const std::string& cell = rows[row][column];
+            std::cout << "| " << cell << std::string(widest - width(cell), row == 1 ? '-' : ' ')
+                      << ' ';
+        }
+        std::cout << "|\n";
+    }
+}
+
+} // namespace
+
+} // namespace benchmarks
+
+int main(int argumentCount, char** arguments)
+{
+    using namespace benchmarks;
+    if (argumentCount != 2) {
+        std::cerr << "Usage: report RESULTS.json\n";
+        return 2;
+    }
+    try {
+        const Results results(arguments[1]);
+        std::cout << results.context("processor") << ", " << results.context("date") << ", "
+                  << results.context("compiler") << "\n\n"
+                  << "Time of each other writer over ours (medians; wanted at least, where set). "
+                     "MB/s: our output.\n"
+                     "u16string, ostream: our time over those targets, over that over a string. "
+                     "2 threads: time\nof two writers at once over that of one. spread: largest "
+                     "standard deviation in the row.\n\n";
+        print(table(results));
+    } catch (const std::exception& error) {
+        std::cerr << "report: " << error.what() << '\n';
+        return 1;
+    }
+}
