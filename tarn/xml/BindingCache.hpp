@@ -21,15 +21,29 @@ public:
 
     explicit BindingCache(Bindings& bindings) : bindings(bindings) { slots.fill(bindings.end()); }
 
-    /// The same as `bindings.find(namespaceUri)`.
-    Bindings::iterator find(const std::u16string& namespaceUri)
+    /// Where a namespace name stands in the map, or would stand.
+    struct Place
+    {
+        Bindings::iterator position;
+        bool isBound;
+    };
+
+    Place find(const std::u16string& namespaceUri)
     {
         Bindings::iterator& slot = slotOf(namespaceUri);
-        if (slot == bindings.end() || !same(slot->first, namespaceUri)) {
-            slot = bindings.find(namespaceUri);
+        if (slot != bindings.end() && same(slot->first, namespaceUri)) {
+            return {slot, true};
         }
-        return slot;
+        const auto position = bindings.lower_bound(namespaceUri);
+        if (position == bindings.end() || !same(position->first, namespaceUri)) {
+            return {position, false};
+        }
+        slot = position;
+        return {position, true};
     }
+
+    /// To be called when @p binding has been added to the map.
+    void remember(Bindings::iterator binding) { slotOf(binding->first) = binding; }
 
     /// To be called before @p binding is removed from the map.
     void forget(Bindings::iterator binding)

@@ -2,6 +2,8 @@
 
 #include "tarn/xml/Constants.hpp"
 
+#include <typeinfo>
+
 namespace tarn::utils {
 
 void QualifiedName::assignTo(std::u16string& text) const
@@ -13,11 +15,12 @@ void QualifiedName::assignTo(std::u16string& text) const
 
 PieceOutput::PieceOutput(Sink& sink) : sink(sink)
 {
-    if (auto* const appending = dynamic_cast<UStringSink*>(&sink)) {
-        text = &appending->target;
+    const std::type_info& type = typeid(sink);
+    if (type == typeid(UStringSink)) {
+        text = &static_cast<UStringSink&>(sink).target;
         limit = text->max_size();
-    } else if (auto* const converting = dynamic_cast<ConvertingSink*>(&sink)) {
-        text = &converting->buffer;
+    } else if (type == typeid(StdStringSink) || type == typeid(StreamSink)) {
+        text = &static_cast<ConvertingSink&>(sink).buffer;
         limit = ConvertingSink::BUFFER_CAPACITY;
     }
 }

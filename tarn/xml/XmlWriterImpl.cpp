@@ -150,8 +150,12 @@ void XmlWriter::Impl::writeNamespace(const std::u16string& namespaceUri,
                                      const std::u16string& prefix)
 {
     writeEndAttribute();
-    if (state == State::StartTagOpen && bindingCache.find(namespaceUri) == prefixMap.end()) {
-        bind(namespaceUri, findUnusedPrefix(prefix));
+    if (state != State::StartTagOpen) {
+        return;
+    }
+    const BindingCache::Place place = bindingCache.find(namespaceUri);
+    if (!place.isBound) {
+        bind(place, namespaceUri, findUnusedPrefix(prefix));
         processDeferredRegistrations();
     }
 }
@@ -160,8 +164,8 @@ void XmlWriter::Impl::processDeferredRegistrations()
 {
     std::vector<std::u16string>& declared = elementStack.back().declaredNamespaces;
     while (!pendingRegistrations.empty()) {
-        const auto binding = bindingCache.find(pendingRegistrations.front());
-        if (binding == prefixMap.end()) {
+        const auto [binding, isBound] = bindingCache.find(pendingRegistrations.front());
+        if (!isBound) {
             pendingRegistrations.pop_front();
             continue;
         }
@@ -178,8 +182,9 @@ void XmlWriter::Impl::processDeferredRegistrations()
 void XmlWriter::Impl::registerPrefix(const std::u16string& namespaceUri,
                                      const std::u16string& prefix)
 {
-    if (bindingCache.find(namespaceUri) == prefixMap.end()) {
-        bind(namespaceUri, prefix);
+    const BindingCache::Place place = bindingCache.find(namespaceUri);
+    if (!place.isBound) {
+        bind(place, namespaceUri, prefix);
     } else {
         queueDeclaration(namespaceUri, prefix);
     }
@@ -213,17 +218,18 @@ QualifiedName XmlWriter::Impl::qualify(const std::u16string& localName,
     if (namespaceUri.empty()) {
         return {NONE, localName};
     }
-    auto binding = bindingCache.find(namespaceUri);
-    if (binding == prefixMap.end()) {
-        binding = bind(namespaceUri, findUnusedPrefix(prefix));
-    }
+    const BindingCache::Place place = bindingCache.find(namespaceUri);
+    const auto binding =
+        place.isBound ? place.position : bind(place, namespaceUri, findUnusedPrefix(prefix));
     return {binding->second, localName};
 }
 
-XmlWriter::Impl::Bindings::iterator XmlWriter::Impl::bind(const std::u16string& namespaceUri,
+XmlWriter::Impl::Bindings::iterator XmlWriter::Impl::bind(BindingCache::Place place,
+                                                          const std::u16string& namespaceUri,
                                                           const std::u16string& prefix)
 {
-    const auto binding = prefixMap.emplace(namespaceUri, prefix).first;
+    const auto binding = prefixMap.emplace_hint(place.position, namespaceUri, prefix);
+    bindingCache.remember(binding);
     queueDeclaration(namespaceUri, prefix);
     return binding;
 }
@@ -237,8 +243,8 @@ void XmlWriter::Impl::queueDeclaration(const std::u16string& namespaceUri,
 
 void XmlWriter::Impl::endBinding(const std::u16string& namespaceUri)
 {
-    const auto binding = bindingCache.find(namespaceUri);
-    if (binding != prefixMap.end()) {
+    const auto [binding, isBound] = bindingCache.find(namespaceUri);
+    if (isBound) {
         bindingCache.forget(binding);
         usedPrefixes.erase(binding->second);
         prefixMap.erase(binding);

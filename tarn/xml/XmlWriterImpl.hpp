@@ -85,7 +85,8 @@ private:
     QualifiedName qualify(const std::u16string& localName, const std::u16string& namespaceUri,
                           const std::u16string& prefix);
     /// Binds @p namespaceUri, which is not bound yet, and queues its declaration.
-    Bindings::iterator bind(const std::u16string& namespaceUri, const std::u16string& prefix);
+    Bindings::iterator bind(BindingCache::Place place, const std::u16string& namespaceUri,
+                            const std::u16string& prefix);
     /// Queues the declaration of @p namespaceUri and marks @p prefix as used.
     void queueDeclaration(const std::u16string& namespaceUri, const std::u16string& prefix);
     void endBinding(const std::u16string& namespaceUri);

@@ -1,4 +1,5 @@
-// Documents read back by a parser: the names, namespaces, attributes and texts that went in come out.
+// Documents read back by a parser: the names, namespaces, attributes and texts that went in come
+// out.
 
 #include "support/ReferenceUtf8.hpp"
 
@@ -68,8 +69,9 @@ private:
 
     std::u16string text()
     {
-        static const std::u16string PIECES[] = {u"word ", u"<", u">", u"&", u"\"", u"'", u"]]>",
-                                                u"\u00E9", u"\u4E2D\u6587", u"\U0001F600", u" "};
+        static const std::u16string PIECES[] = {u"word ",        u"<",          u">",   u"&",
+                                                u"\"",           u"'",          u"]]>", u"\u00E9",
+                                                u"\u4E2D\u6587", u"\U0001F600", u" "};
         std::u16string made;
         for (std::size_t count = random() % 30; count-- > 0;) {
             made += PIECES[random() % std::size(PIECES)];

@@ -22,9 +22,10 @@ constexpr std::size_t LONGEST_REPLACEMENT = 6;
 
 /// Beside the special code units, their neighbours and what equals them in the low byte or when it
 /// saturates.
-constexpr char16_t NEAR_MARKUP[] = {u'<', u'>', u'&', u'"', u'\'', u'!', u'#', u'%', u'(', u'=',
-                                    u'?', u';', 0x013C, 0x2622, 0xFF3C, 0x8027, 0x7F3E, 0x003A};
-constexpr char16_t CONTROLS[] = {0x00, 0x01, 0x08, u'\t', u'\n', 0x0B, 0x0C, u'\r',
+constexpr char16_t NEAR_MARKUP[] = {u'<',   u'>',   u'&',   u'"',   u'\'',  u'!',
+                                    u'#',   u'%',   u'(',   u'=',   u'?',   u';',
+                                    0x013C, 0x2622, 0xFF3C, 0x8027, 0x7F3E, 0x003A};
+constexpr char16_t CONTROLS[] = {0x00, 0x01, 0x08, u'\t', u'\n', 0x0B,   0x0C,   u'\r',
                                  0x0E, 0x1F, 0x20, 0x7F,  0x80,  0xFF01, 0x8001, 0x0100};
 
 void check(std::u16string_view text)
@@ -82,7 +83,8 @@ TEST(TextEscaping, StaysInsideItsTextAndItsRoom)
     };
     for (std::size_t length = 0; length <= 300; ++length) {
         for (const unsigned percent : {0u, 5u, 50u, 100u}) {
-            for (const std::span<const char16_t> units : {std::span<const char16_t>(NEAR_MARKUP), std::span<const char16_t>(CONTROLS)}) {
+            for (const std::span<const char16_t> units :
+                 {std::span<const char16_t>(NEAR_MARKUP), std::span<const char16_t>(CONTROLS)}) {
                 const std::u16string text = randomText(length, units, percent);
                 check(GuardedBuffer<char16_t>::endingAtGuard(text).view());
                 check(GuardedBuffer<char16_t>::beginningAtGuard(text).view());
