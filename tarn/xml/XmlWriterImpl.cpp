@@ -117,8 +117,9 @@ void XmlWriter::Impl::writeEndElement()
         output.write(LINE_FEED, indentation(elementStack.size() - 1), END_TAG_START, element.name,
                      TAG_END);
     }
-    for (const std::u16string& namespaceUri : element.declaredNamespaces) {
+    for (std::u16string& namespaceUri : element.declaredNamespaces) {
         endBinding(namespaceUri);
+        spareNames.put(std::move(namespaceUri));
     }
     element.declaredNamespaces.clear();
     spareItems.put(std::move(element));
@@ -228,7 +229,14 @@ XmlWriter::Impl::Bindings::iterator XmlWriter::Impl::bind(BindingCache::Place pl
                                                           const std::u16string& namespaceUri,
                                                           const std::u16string& prefix)
 {
-    const auto binding = prefixMap.emplace_hint(place.position, namespaceUri, prefix);
+    Bindings::node_type node = spareBindings.take();
+    if (!node.empty()) {
+        node.key() = namespaceUri;
+        node.mapped() = prefix;
+    }
+    const auto binding = node.empty()
+                             ? prefixMap.emplace_hint(place.position, namespaceUri, prefix)
+                             : prefixMap.insert(place.position, std::move(node));
     bindingCache.remember(binding);
     queueDeclaration(namespaceUri, prefix);
     return binding;
@@ -237,8 +245,16 @@ XmlWriter::Impl::Bindings::iterator XmlWriter::Impl::bind(BindingCache::Place pl
 void XmlWriter::Impl::queueDeclaration(const std::u16string& namespaceUri,
                                        const std::u16string& prefix)
 {
-    pendingRegistrations.push_back(namespaceUri);
-    usedPrefixes.insert(prefix);
+    std::u16string name = spareNames.take();
+    name = namespaceUri;
+    pendingRegistrations.push_back(std::move(name));
+    std::set<std::u16string>::node_type node = sparePrefixes.take();
+    if (node.empty()) {
+        usedPrefixes.insert(prefix);
+    } else {
+        node.value() = prefix;
+        usedPrefixes.insert(std::move(node));
+    }
 }
 
 void XmlWriter::Impl::endBinding(const std::u16string& namespaceUri)
@@ -246,8 +262,8 @@ void XmlWriter::Impl::endBinding(const std::u16string& namespaceUri)
     const auto [binding, isBound] = bindingCache.find(namespaceUri);
     if (isBound) {
         bindingCache.forget(binding);
-        usedPrefixes.erase(binding->second);
-        prefixMap.erase(binding);
+        sparePrefixes.put(usedPrefixes.extract(binding->second));
+        spareBindings.put(prefixMap.extract(binding));
     }
 }
 

@@ -123,6 +123,9 @@ private:
     PieceOutput output;
     BindingCache bindingCache;
     Spares<StackItem, 8> spareItems;
+    Spares<Bindings::node_type, 8> spareBindings;
+    Spares<std::set<std::u16string>::node_type, 8> sparePrefixes;
+    Spares<std::u16string, 8> spareNames;
 };
 
 } // namespace tarn::utils
