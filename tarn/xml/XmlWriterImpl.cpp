@@ -234,9 +234,8 @@ XmlWriter::Impl::Bindings::iterator XmlWriter::Impl::bind(BindingCache::Place pl
         node.key() = namespaceUri;
         node.mapped() = prefix;
     }
-    const auto binding = node.empty()
-                             ? prefixMap.emplace_hint(place.position, namespaceUri, prefix)
-                             : prefixMap.insert(place.position, std::move(node));
+    const auto binding = node.empty() ? prefixMap.emplace_hint(place.position, namespaceUri, prefix)
+                                      : prefixMap.insert(place.position, std::move(node));
     bindingCache.remember(binding);
     queueDeclaration(namespaceUri, prefix);
     return binding;

@@ -39,12 +39,18 @@ std::size_t wellFormedLength(std::u16string_view text)
     return text.size();
 }
 
-class Utf8EncoderTest : public testing::TestWithParam<Utf8Encoder>
+struct Kernel
+{
+    const char* name;
+    Utf8Encoder encode;
+};
+
+class Utf8EncoderTest : public testing::TestWithParam<Kernel>
 {
 protected:
     void SetUp() override
     {
-        if (GetParam() == nullptr) {
+        if (GetParam().encode == nullptr) {
             GTEST_SKIP() << "this processor cannot run it";
         }
     }
@@ -56,7 +62,7 @@ protected:
         // One byte more than the bound, to see that it stays untouched.
         std::string bytes(encoded_utf8_bound(text.size()) + 1, '\x55');
         const EncodedUtf8 encoded =
-            GetParam()(text.data(), text.data() + text.size(), bytes.data());
+            GetParam().encode(text.data(), text.data() + text.size(), bytes.data());
         ASSERT_EQ(encoded.read - text.data(), wellFormed) << referenceUtf8(text);
         ASSERT_EQ(std::string_view(bytes.data(), encoded.written),
                   referenceUtf8(text.substr(0, wellFormed)))
@@ -110,8 +116,11 @@ TEST_P(Utf8EncoderTest, ReadsNothingAfterTheEndOrBeforeTheBeginning)
 }
 
 INSTANTIATE_TEST_SUITE_P(Kernels, Utf8EncoderTest,
-                         testing::Values(encode_utf8, encode_utf8_portable,
-                                         utf8_encoder_for_ssse3(), utf8_encoder_for_avx512()));
+                         testing::Values(Kernel{"chosen", encode_utf8},
+                                         Kernel{"portable", encode_utf8_portable},
+                                         Kernel{"ssse3", utf8_encoder_for_ssse3()},
+                                         Kernel{"avx512", utf8_encoder_for_avx512()}),
+                         [](const auto& info) { return info.param.name; });
 
 } // namespace
 
