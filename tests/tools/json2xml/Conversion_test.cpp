@@ -2,11 +2,13 @@
 #include "tools/json2xml/Outline.hpp"
 #include "tools/json2xml/Program.hpp"
 
+#include <fcntl.h>
 #include <filesystem>
 #include <fstream>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <string>
+#include <unistd.h>
 
 namespace {
 
@@ -209,7 +211,9 @@ TEST(Json2xml, NeedsNoMoreMemoryForAMillionRecords)
         }
         file << ']';
     }
-    const Result result = run({"-o", "/dev/null", directory / "records.json"});
+    const int nullDevice = ::open("/dev/null", O_WRONLY | O_CLOEXEC);
+    const Result result = run({directory / "records.json"}, "", nullDevice);
+    ::close(nullDevice);
     EXPECT_EQ(result.error, "");
     EXPECT_LT(result.peakKilobytes, LIMIT_IN_KILOBYTES);
 }

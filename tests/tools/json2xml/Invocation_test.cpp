@@ -75,7 +75,7 @@ TEST(Json2xmlInvocation, NamesAnInputThatCannotBeRead)
     const Result result = run({missing});
     EXPECT_EQ(result.status, 1);
     EXPECT_EQ(result.error, "json2xml: " + missing + ": No such file or directory\n");
-    EXPECT_EQ(run({"/tmp"}).error, "json2xml: /tmp: Is a directory\n");
+    EXPECT_EQ(run({directory / ""}).error, "json2xml: " + directory / "" + ": Is a directory\n");
 }
 
 TEST(Json2xmlInvocation, PrintsHelpAndVersion)
@@ -141,15 +141,16 @@ TEST(Json2xmlInvocation, ReportsAnOutputThatCannotBeWritten)
 {
     const Directory directory;
     const std::string missing = directory / "missing/file.xml";
-    const Result full = run({"-o", "/dev/full"}, "1");
-    EXPECT_EQ(full.status, 1);
-    EXPECT_EQ(full.error, "json2xml: /dev/full: No space left on device\n");
+    const std::string existing = directory / "directory";
+    std::filesystem::create_directory(existing);
     EXPECT_EQ(run({"-o", missing}, "1").error,
               "json2xml: " + missing + ": No such file or directory\n");
-    EXPECT_EQ(run({"-o", "/tmp"}, "1").error, "json2xml: /tmp: Is a directory\n");
+    EXPECT_EQ(run({"-o", existing}, "1").error, "json2xml: " + existing + ": Is a directory\n");
 
     const int fullDevice = ::open("/dev/full", O_WRONLY | O_CLOEXEC);
-    EXPECT_EQ(run({}, "1", fullDevice).error, "json2xml: <stdout>: No space left on device\n");
+    const Result full = run({}, "1", fullDevice);
+    EXPECT_EQ(full.status, 1);
+    EXPECT_EQ(full.error, "json2xml: <stdout>: No space left on device\n");
     EXPECT_EQ(run({"--help"}, "", fullDevice).status, 1);
     ::close(fullDevice);
 
@@ -162,12 +163,27 @@ TEST(Json2xmlInvocation, ReportsAnOutputThatCannotBeWritten)
     EXPECT_EQ(closed.error, "json2xml: <stdout>: Broken pipe\n");
 }
 
-TEST(Json2xmlInvocation, WritesInPlaceWhatIsNoFileOfItsOwn)
+TEST(Json2xmlInvocation, WritesInPlaceWhatItMustNotReplace)
 {
+    const Directory directory;
+    const std::string pipe = directory / "pipe";
+    ASSERT_EQ(::mkfifo(pipe.c_str(), 0600), 0);
+    const int reader = ::open(pipe.c_str(), O_RDWR | O_NONBLOCK | O_CLOEXEC);
+    EXPECT_EQ(run({"-o", pipe}, "1").error, "");
+    std::string text(ONE.size(), '\0');
+    EXPECT_EQ(::read(reader, text.data(), text.size()), static_cast<ssize_t>(text.size()));
+    ::close(reader);
+    EXPECT_EQ(text, ONE);
+    EXPECT_TRUE(std::filesystem::is_fifo(pipe));
+
+    // What standard output writes already keeps what stands in it.
+    const std::string file = directory / "file.xml";
+    const int output = ::open(file.c_str(), O_WRONLY | O_CREAT | O_APPEND | O_CLOEXEC, 0600);
+    EXPECT_EQ(run({}, "1", output).error, "");
+    EXPECT_EQ(run({"-o", file}, "1", output).error, "");
+    ::close(output);
+    EXPECT_EQ(readFile(file), ONE + ONE);
     EXPECT_EQ(run({"-o", "-"}, "1").output, ONE);
-    EXPECT_EQ(run({"-o", "/dev/stdout"}, "1").output, ONE);
-    EXPECT_EQ(run({"-o", "/dev/null"}, "1").error, "");
-    EXPECT_TRUE(std::filesystem::is_character_file("/dev/null"));
 }
 
 } // namespace

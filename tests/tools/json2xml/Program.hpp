@@ -23,7 +23,8 @@ struct Result
 /// Runs json2xml with @p input as its standard input.
 Result run(const Arguments& arguments, const std::string& input = "");
 
-/// As above, with @p output, a descriptor, as the standard output.
+/// As above, with @p output, a descriptor, as the standard output. This is how a device is written:
+/// as a file to replace, it would be at the mercy of the program under test.
 Result run(const Arguments& arguments, const std::string& input, int output);
 
 /// Starts json2xml with descriptors as its three streams.
