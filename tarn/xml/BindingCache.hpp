@@ -1,12 +1,12 @@
 // A short way to the namespace bindings that were used before.
 #pragma once
 
-#include <array>
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
 #include <map>
 #include <string>
+#include <vector>
 
 namespace tarn::utils {
 
@@ -19,7 +19,7 @@ class BindingCache
 public:
     using Bindings = std::map<std::u16string, std::u16string>;
 
-    explicit BindingCache(Bindings& bindings) : bindings(bindings) { slots.fill(bindings.end()); }
+    explicit BindingCache(Bindings& bindings) : bindings(bindings) {}
 
     /// Where a namespace name stands in the map, or would stand.
     struct Place
@@ -30,6 +30,9 @@ public:
 
     Place find(const std::u16string& namespaceUri)
     {
+        if (slots.empty()) {
+            slots.assign(SLOTS, bindings.end());
+        }
         Bindings::iterator& slot = slotOf(namespaceUri);
         if (slot != bindings.end() && same(slot->first, namespaceUri)) {
             return {slot, true};
@@ -42,7 +45,7 @@ public:
         return {position, true};
     }
 
-    /// To be called when @p binding has been added to the map.
+    /// To be called when @p binding has been added to the map, after a search for it.
     void remember(Bindings::iterator binding) { slotOf(binding->first) = binding; }
 
     /// To be called before @p binding is removed from the map.
@@ -56,6 +59,7 @@ public:
 
 private:
     static constexpr unsigned INDEX_BITS = 7;
+    static constexpr std::size_t SLOTS = std::size_t{1} << INDEX_BITS;
 
     static bool same(const std::u16string& left, const std::u16string& right)
     {
@@ -78,8 +82,9 @@ private:
     }
 
     Bindings& bindings;
-    /// Each is the binding last looked for under its index, or the map's end.
-    std::array<Bindings::iterator, 1 << INDEX_BITS> slots;
+    /// Each is the binding last looked for under its index, or the map's end. None before the first
+    /// search: many a document uses no namespace.
+    std::vector<Bindings::iterator> slots;
 };
 
 } // namespace tarn::utils

@@ -122,10 +122,10 @@ private:
     /// The way of the pieces to `sink`; holds no text between operations.
     PieceOutput output;
     BindingCache bindingCache;
-    Spares<StackItem, 8> spareItems;
-    Spares<Bindings::node_type, 8> spareBindings;
-    Spares<std::set<std::u16string>::node_type, 8> sparePrefixes;
-    Spares<std::u16string, 8> spareNames;
+    Spares<StackItem, 4> spareItems;
+    Spares<Bindings::node_type, 4> spareBindings;
+    Spares<std::set<std::u16string>::node_type, 4> sparePrefixes;
+    Spares<std::u16string, 4> spareNames;
 };
 
 } // namespace tarn::utils
