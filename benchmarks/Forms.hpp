@@ -9,6 +9,8 @@ namespace benchmarks {
 
 std::string toUtf8(std::u16string_view text);
 
+std::u16string toUtf16(std::string_view text);
+
 inline std::string_view toUtf8(std::string_view text)
 {
     return text;
