@@ -100,7 +100,7 @@ std::uint64_t specialsOfBlock(const char16_t* units)
 }
 
 /// The same for less than a step. Two loads that overlap cover every length between one and two.
-std::uint64_t specialsOfTail(const char16_t* units, std::size_t length)
+[[gnu::always_inline]] inline std::uint64_t specialsOfTail(const char16_t* units, std::size_t length)
 {
     if (length >= 8) {
         const std::uint64_t specials =
@@ -219,7 +219,11 @@ EscapedRun escapeMarkup(const char16_t* first, const char16_t* last, char16_t* o
     if (unread() >= STEP || left() < ESCAPING_MARGIN) {
         return {first, out};
     }
-    return replaceSpecials<copyExactly>(first, unread(), specialsOfTail(first, unread()), out);
+    const std::uint64_t specials = specialsOfTail(first, unread());
+    if (specials == 0) {
+        return {last, copyExactly(first, unread(), out)};
+    }
+    return replaceSpecials<copyExactly>(first, unread(), specials, out);
 }
 
 EscapedRun escapeMarkupPortable(const char16_t* first, const char16_t* last, char16_t* out,

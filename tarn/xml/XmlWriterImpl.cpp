@@ -90,7 +90,9 @@ void XmlWriter::Impl::writeStartElement(const std::u16string& localName,
     output.write(LINE_FEED, indentation(elementStack.size()), START_TAG_START, element.name);
     elementStack.push_back(std::move(element));
     state = State::StartTagOpen;
-    processDeferredRegistrations();
+    if (!pendingRegistrations.empty()) {
+        processDeferredRegistrations();
+    }
 }
 
 void XmlWriter::Impl::writeStartElementClose()
@@ -143,7 +145,9 @@ void XmlWriter::Impl::writeEndAttribute()
     if (state == State::AttributeOpen) {
         output.write(DOUBLE_QUOTE);
         state = State::StartTagOpen;
-        processDeferredRegistrations();
+        if (!pendingRegistrations.empty()) {
+            processDeferredRegistrations();
+        }
     }
 }
 
