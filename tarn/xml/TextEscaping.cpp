@@ -100,7 +100,8 @@ std::uint64_t specialsOfBlock(const char16_t* units)
 }
 
 /// The same for less than a step. Two loads that overlap cover every length between one and two.
-[[gnu::always_inline]] inline std::uint64_t specialsOfTail(const char16_t* units, std::size_t length)
+[[gnu::always_inline]] inline std::uint64_t specialsOfTail(const char16_t* units,
+                                                           std::size_t length)
 {
     if (length >= 8) {
         const std::uint64_t specials =

@@ -86,9 +86,13 @@ encodeStep(Slots units, Slots next, unsigned count, const char16_t* first, char*
     const Slots joined =
         _mm512_sub_epi32(_mm512_add_epi32(_mm512_slli_epi32(units, 10), next), all(SURROGATE_BITS));
     const Slots codePoints = _mm512_mask_mov_epi32(units, static_cast<__mmask16>(pairs), joined);
-    // The second half of the last pair may be beyond the slots.
-    const std::ptrdiff_t beyond = count == STEP ? pairs >> (STEP - 1) & 1 : 0;
-    return {first + count + beyond, encodeSlots(codePoints, pairs, low, count, out)};
+    char* const written = encodeSlots(codePoints, pairs, low, count, out);
+    // The second half of the last pair may be beyond the slots. A branch, so that the next load
+    // need not wait for the answer.
+    if (count == STEP && (pairs >> (STEP - 1)) != 0) [[unlikely]] {
+        return {first + STEP + 1, written};
+    }
+    return {first + count, written};
 }
 
 [[gnu::target("avx512f,avx512bw,avx512vl,avx512vbmi,avx512vbmi2,popcnt")]] EncodedUtf8

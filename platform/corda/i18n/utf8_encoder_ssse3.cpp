@@ -108,11 +108,9 @@ __m128i lastByte(__m128i units)
     return out + 2 * STEP - std::popcount(asciiBits);
 }
 
-/// Encodes the first @p count of eight code units, none of which is a surrogate, and returns the
-/// end of the bytes.
+/// Encodes eight code units, none of which is a surrogate, and returns the end of the bytes.
 [[gnu::target("ssse3,popcnt")]] char* encodeThreeByteStep(__m128i units, __m128i ascii,
-                                                          __m128i belowThreeBytes, unsigned count,
-                                                          char* out)
+                                                          __m128i belowThreeBytes, char* out)
 {
     const __m128i first = _mm_or_si128(_mm_srli_epi16(units, 12), all(0xE0));
     const __m128i sixBits = _mm_and_si128(_mm_srli_epi16(units, 6), all(0x3F));
@@ -127,8 +125,7 @@ __m128i lastByte(__m128i units)
     store(out, close(CLOSE_FOUR_BYTE_SLOTS, _mm_unpacklo_epi16(firstTwo, last), lowBits));
     store(out + 4 + std::popcount(lowBits),
           close(CLOSE_FOUR_BYTE_SLOTS, _mm_unpackhi_epi16(firstTwo, last), highBits));
-    const unsigned counted = (1u << count) - 1;
-    return out + count + std::popcount(keepSecond & counted) + std::popcount(keepFirst & counted);
+    return out + STEP + std::popcount(keepSecond) + std::popcount(keepFirst);
 }
 
 [[gnu::target("ssse3,popcnt")]] EncodedUtf8 encode(const char16_t* first, const char16_t* last,
@@ -153,17 +150,18 @@ __m128i lastByte(__m128i units)
         }
         const unsigned surrogates =
             bitsOf(_mm_cmpeq_epi16(_mm_and_si128(units, all(0xF800)), all(0xD800)));
-        const auto count = static_cast<unsigned>(std::countr_zero(surrogates | 1u << STEP));
-        out = encodeThreeByteStep(units, ascii, belowThreeBytes, count, out);
-        first += count;
-        if (count < STEP) {
-            const EncodedUtf8 pair = encode_utf8_portable(first, first + 2, out);
-            if (pair.read != first + 2) {
-                return pair;
-            }
-            first = pair.read;
-            out = pair.written;
+        if (surrogates == 0) [[likely]] {
+            out = encodeThreeByteStep(units, ascii, belowThreeBytes, out);
+            first += STEP;
+            continue;
         }
+        const char16_t* const end = first + STEP + (is_high_surrogate(first[STEP - 1]) ? 1 : 0);
+        const EncodedUtf8 step = encode_utf8_portable(first, end, out);
+        if (step.read != end) {
+            return step;
+        }
+        first = step.read;
+        out = step.written;
     }
     return encode_utf8_portable(first, last, out);
 }
