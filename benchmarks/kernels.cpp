@@ -43,12 +43,13 @@ const std::vector<Sample> SAMPLES = {
 
 void add(const std::string& name, std::u16string text, auto&& kernel)
 {
-    benchmark::RegisterBenchmark(name.c_str(), [text = std::move(text), kernel](auto& state) mutable {
-        for (auto _ : state) {
-            benchmark::DoNotOptimize(kernel(text.data(), text.data() + text.size()));
-        }
-        state.SetItemsProcessed(state.iterations() * static_cast<std::int64_t>(text.size()));
-    });
+    benchmark::RegisterBenchmark(
+        name.c_str(), [text = std::move(text), kernel](auto& state) mutable {
+            for (auto _ : state) {
+                benchmark::DoNotOptimize(kernel(text.data(), text.data() + text.size()));
+            }
+            state.SetItemsProcessed(state.iterations() * static_cast<std::int64_t>(text.size()));
+        });
 }
 
 void addEncoder(const Sample& sample, const char* name, Utf8Encoder encoder)
@@ -74,7 +75,8 @@ void addEscaper(const Sample& sample, const char* name, decltype(&escapeMarkup) 
 }
 
 /// What escaping by a search and then a copy would take for text without specials.
-EscapedRun searchAndCopy(const char16_t* first, const char16_t* last, char16_t* out, const char16_t*)
+EscapedRun searchAndCopy(const char16_t* first, const char16_t* last, char16_t* out,
+                         const char16_t*)
 {
     const char16_t* const special = findSpecial(first, last);
     return {special, std::copy(first, special, out)};
