@@ -9,6 +9,12 @@ if(NOT BUILD_SHARED_LIBS)
     # A static library leaves its base layer to the consumer's linker.
     install(TARGETS tarn-objects ${TARN_PLATFORM_TARGET} EXPORT tarn-targets)
 endif()
+if(TARGET tarn-framework)
+    # In a directory of its own, beside which the real framework can be installed.
+    set(framework_include_dir ${CMAKE_INSTALL_INCLUDEDIR}/tarn/framework)
+    install(TARGETS tarn-framework EXPORT tarn-targets FILE_SET HEADERS
+        DESTINATION ${framework_include_dir})
+endif()
 install(EXPORT tarn-targets NAMESPACE tarn:: DESTINATION ${package_dir})
 
 configure_package_config_file(${PROJECT_SOURCE_DIR}/cmake/tarnConfig.cmake.in
@@ -18,12 +24,25 @@ write_basic_package_version_file(${PROJECT_BINARY_DIR}/tarnConfigVersion.cmake
 install(FILES ${PROJECT_BINARY_DIR}/tarnConfig.cmake ${PROJECT_BINARY_DIR}/tarnConfigVersion.cmake
     DESTINATION ${package_dir})
 
-if(BUILD_SHARED_LIBS)
-    set(pkg_config_libs "-ltarn-utils")
-else()
-    set(pkg_config_libs "-ltarn-utils -ltarn-platform -lstdc++")
+set(pkg_config_cflags "")
+set(pkg_config_libs "-ltarn-utils")
+set(pkg_config_requires "")
+if(NOT BUILD_SHARED_LIBS)
+    string(APPEND pkg_config_libs " -ltarn-platform -lstdc++")
+    set(pkg_config_requires "minizip, zlib")
+endif()
+if(TARN_FRAMEWORK_TARGET STREQUAL "CppMicroServices")
+    get_target_property(framework_include_dir CppMicroServices INTERFACE_INCLUDE_DIRECTORIES)
+    set(pkg_config_cflags "-I${framework_include_dir}")
+    string(APPEND pkg_config_libs
+        " -L$<TARGET_FILE_DIR:CppMicroServices> -l$<TARGET_LINKER_FILE_BASE_NAME:CppMicroServices>")
+elseif(TARGET tarn-framework)
+    set(pkg_config_cflags "-I\${includedir}/tarn/framework")
 endif()
 # From the directory of the .pc file up to the prefix, so that an installed tree can be moved.
 file(RELATIVE_PATH pc_prefix_from_here /${CMAKE_INSTALL_LIBDIR}/pkgconfig /)
 configure_file(${PROJECT_SOURCE_DIR}/cmake/tarn-utils.pc.in ${PROJECT_BINARY_DIR}/tarn-utils.pc @ONLY)
-install(FILES ${PROJECT_BINARY_DIR}/tarn-utils.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
+file(GENERATE OUTPUT ${PROJECT_BINARY_DIR}/pkgconfig/tarn-utils.pc
+    INPUT ${PROJECT_BINARY_DIR}/tarn-utils.pc)
+install(FILES ${PROJECT_BINARY_DIR}/pkgconfig/tarn-utils.pc
+    DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)

@@ -1,10 +1,6 @@
 #include "tools/json2xml/Program.hpp"
 
-#include <algorithm>
 #include <array>
-#include <cstdlib>
-#include <fstream>
-#include <iterator>
 #include <spawn.h>
 #include <stdexcept>
 #include <sys/mman.h>
@@ -81,41 +77,6 @@ pid_t start(const Arguments& arguments, int input, int output, int error)
         throw std::runtime_error("cannot start " JSON2XML);
     }
     return process;
-}
-
-Directory::Directory()
-{
-    std::string name = std::filesystem::temp_directory_path() / "json2xml-test-XXXXXX";
-    if (::mkdtemp(name.data()) == nullptr) {
-        throw std::runtime_error("cannot make " + name);
-    }
-    path = name;
-}
-
-Directory::~Directory()
-{
-    std::filesystem::remove_all(path);
-}
-
-std::vector<std::string> Directory::names() const
-{
-    std::vector<std::string> all;
-    for (const auto& entry : std::filesystem::directory_iterator(path)) {
-        all.push_back(entry.path().filename());
-    }
-    std::ranges::sort(all);
-    return all;
-}
-
-std::string readFile(const std::string& path)
-{
-    std::ifstream file(path, std::ios::binary);
-    return {std::istreambuf_iterator<char>(file), {}};
-}
-
-void writeFile(const std::string& path, const std::string& text)
-{
-    std::ofstream(path, std::ios::binary) << text;
 }
 
 } // namespace json2xml::test

@@ -1,13 +1,17 @@
 // Runs the json2xml that has been built.
 #pragma once
 
-#include <filesystem>
-#include <ostream>
+#include "support/Files.hpp"
+
 #include <string>
 #include <sys/types.h>
 #include <vector>
 
 namespace json2xml::test {
+
+using tarn::tests::Directory;
+using tarn::tests::readFile;
+using tarn::tests::writeFile;
 
 using Arguments = std::vector<std::string>;
 
@@ -29,22 +33,5 @@ Result run(const Arguments& arguments, const std::string& input, int output);
 
 /// Starts json2xml with descriptors as its three streams.
 pid_t start(const Arguments& arguments, int input, int output, int error);
-
-/// A directory that goes away with all that is in it.
-class Directory
-{
-public:
-    Directory();
-    ~Directory();
-
-    std::string operator/(const std::string& name) const { return path / name; }
-    std::vector<std::string> names() const;
-
-private:
-    std::filesystem::path path;
-};
-
-std::string readFile(const std::string& path);
-void writeFile(const std::string& path, const std::string& text);
 
 } // namespace json2xml::test

@@ -1,0 +1,62 @@
+#include "halyard/cppmicroservices/readable_file.hpp"
+
+#include <cerrno>
+#include <fcntl.h>
+#include <stdexcept>
+#include <sys/stat.h>
+#include <system_error>
+#include <unistd.h>
+
+namespace halyard::cppmicroservices {
+
+namespace {
+
+[[noreturn]] void throw_system_error(const std::string& path)
+{
+    throw std::system_error(errno, std::generic_category(), path);
+}
+
+} // namespace
+
+readable_file::readable_file(const std::string& path)
+    // Not to wait for a writer if it is a pipe.
+    : readable_file(path, ::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK))
+{
+    struct stat status;
+    if (descriptor < 0 || ::fstat(descriptor, &status) != 0) {
+        throw_system_error(path);
+    }
+    if (!S_ISREG(status.st_mode)) {
+        throw std::runtime_error(path + ": neither a file nor a directory");
+    }
+    file_size = static_cast<std::uint64_t>(status.st_size);
+}
+
+readable_file::~readable_file()
+{
+    if (descriptor >= 0) {
+        ::close(descriptor);
+    }
+}
+
+std::size_t readable_file::read(std::uint64_t offset, void* bytes, std::size_t count) const
+{
+    std::size_t done = 0;
+    while (done < count) {
+        const ssize_t got = ::pread(descriptor, static_cast<char*>(bytes) + done, count - done,
+                                    static_cast<off_t>(offset + done));
+        if (got < 0 && errno == EINTR) {
+            continue;
+        }
+        if (got < 0) {
+            throw_system_error(path);
+        }
+        if (got == 0) {
+            break;
+        }
+        done += static_cast<std::size_t>(got);
+    }
+    return done;
+}
+
+} // namespace halyard::cppmicroservices

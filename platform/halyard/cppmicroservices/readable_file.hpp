@@ -1,0 +1,45 @@
+// A regular file that is open for reading.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <string>
+
+namespace halyard::cppmicroservices {
+
+/// Bytes of a file, from the first to before the last.
+struct byte_range
+{
+    std::uint64_t first;
+    std::uint64_t last;
+
+    std::uint64_t size() const { return last - first; }
+};
+
+class readable_file
+{
+public:
+    /// @throws std::runtime_error that begins with @p path, if there is no regular file at @p path
+    ///     or it cannot be opened.
+    explicit readable_file(const std::string& path);
+
+    readable_file(const readable_file&) = delete;
+    readable_file& operator=(const readable_file&) = delete;
+    ~readable_file();
+
+    std::uint64_t size() const { return file_size; }
+
+    /// Reads @p count bytes at @p offset; fewer only where the file ends.
+    /// @return the number of bytes read.
+    /// @throws std::system_error that begins with the file's path.
+    std::size_t read(std::uint64_t offset, void* bytes, std::size_t count) const;
+
+private:
+    readable_file(const std::string& path, int descriptor) : path(path), descriptor(descriptor) {}
+
+    std::string path;
+    int descriptor; // negative if there is none
+    std::uint64_t file_size = 0;
+};
+
+} // namespace halyard::cppmicroservices
