@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <iterator>
 #include <memory>
-#include <ranges>
 #include <stdexcept>
 #include <utility>
 
@@ -30,12 +29,12 @@ std::vector<Bundle> BundleRegistry::install(std::span<const NewBundle> wanted)
 void BundleRegistry::installFile(std::span<const NewBundle> wanted, std::vector<Installed>& added,
                                  std::vector<Bundle>& handles) const
 {
-    const auto isFromThisFile = [&](const Bundle& bundle) {
-        return bundle.GetLocation() == wanted.front().location;
-    };
     const std::size_t before = handles.size();
-    std::ranges::copy_if(installed | std::views::transform(&Installed::bundle),
-                         std::back_inserter(handles), isFromThisFile);
+    for (const auto& [bundle, version] : installed) {
+        if (bundle.GetLocation() == wanted.front().location) {
+            handles.push_back(bundle);
+        }
+    }
     if (handles.size() > before) {
         return;
     }

@@ -16,11 +16,24 @@ TEST(MakeNativeForm, WritesAPathInItsShortestForm)
         std::u16string path;
         std::u16string shortest;
     } cases[] = {
-        {u"", u""},           {u"/", u"/"},          {u"//", u"/"},         {u"/.", u"/"},
-        {u".", u"."},         {u"./", u"."},         {u"././/.", u"."},     {u"a", u"a"},
-        {u"a/", u"a"},        {u"./a", u"a"},        {u"//a//b/", u"/a/b"}, {u"a/./b/.", u"a/b"},
-        {u"a/../b", u"a/../b"}, {u"..", u".."},      {u"/..", u"/.."},      {u"a/.../.b", u"a/.../.b"},
-        {u"a\\b/c", u"a\\b/c"}, {u"\xD800/", u"\xD800"},
+        {u"", u""},
+        {u"/", u"/"},
+        {u"//", u"/"},
+        {u"/.", u"/"},
+        {u".", u"."},
+        {u"./", u"."},
+        {u"././/.", u"."},
+        {u"a", u"a"},
+        {u"a/", u"a"},
+        {u"./a", u"a"},
+        {u"//a//b/", u"/a/b"},
+        {u"a/./b/.", u"a/b"},
+        {u"a/../b", u"a/../b"},
+        {u"..", u".."},
+        {u"/..", u"/.."},
+        {u"a/.../.b", u"a/.../.b"},
+        {u"a\\b/c", u"a\\b/c"},
+        {u"\xD800/", u"\xD800"},
     };
     for (const auto& [path, shortest] : cases) {
         EXPECT_EQ(detail::make_native_form(path, true), shortest);

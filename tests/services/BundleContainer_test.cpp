@@ -149,8 +149,7 @@ TEST(BundleContainer, InstallsADirectoryInTheOrderOfItsFiles)
     ASSERT_EQ(::mkfifo((directory / "pipe.so").c_str(), 0600), 0);
 
     const std::vector<Bundle> bundles = install(directory / "");
-    EXPECT_THAT(namesOf(bundles),
-                ElementsAre("of-a", "of-b", "of-link", "of-name-in-no-encoding"));
+    EXPECT_THAT(namesOf(bundles), ElementsAre("of-a", "of-b", "of-link", "of-name-in-no-encoding"));
     EXPECT_EQ(bundles.front().GetLocation(), directory / "a.so");
     EXPECT_EQ(install(directory / "."), bundles);
 

@@ -27,7 +27,8 @@ inline std::string bytesOf(std::uint32_t value, int size)
 {
     std::string bytes;
     for (int i = 0; i < size; ++i) {
-        bytes += static_cast<char>(value >> 8 * i);
+        bytes += static_cast<char>(value);
+        value >>= 8;
     }
     return bytes;
 }
@@ -60,13 +61,14 @@ inline std::string zip(const std::vector<ZipEntry>& entries,
     for (const ZipEntry& entry : entries) {
         constexpr int MADE_BY = 20;
         const std::string description = detail::descriptionOf(entry);
-        directory += bytesOf(DIRECTORY_SIGNATURE, 4) + bytesOf(MADE_BY, 2) + description + bytesOf(0, 10) +
-                     bytesOf(static_cast<std::uint32_t>(archive.size()), 4) + entry.name;
+        directory += bytesOf(DIRECTORY_SIGNATURE, 4) + bytesOf(MADE_BY, 2) + description +
+                     bytesOf(0, 10) + bytesOf(static_cast<std::uint32_t>(archive.size()), 4) +
+                     entry.name;
         archive += bytesOf(ENTRY_SIGNATURE, 4) + description + entry.name + entry.contents;
     }
     const auto count = claimedEntries.value_or(static_cast<std::uint16_t>(entries.size()));
-    return archive + directory + bytesOf(END_SIGNATURE, 4) + bytesOf(0, 4) + bytesOf(count, 2) + bytesOf(count, 2) +
-           bytesOf(static_cast<std::uint32_t>(directory.size()), 4) +
+    return archive + directory + bytesOf(END_SIGNATURE, 4) + bytesOf(0, 4) + bytesOf(count, 2) +
+           bytesOf(count, 2) + bytesOf(static_cast<std::uint32_t>(directory.size()), 4) +
            bytesOf(static_cast<std::uint32_t>(archive.size()), 4) + bytesOf(0, 2);
 }
 

@@ -25,8 +25,7 @@ std::string path_traits<char, char16_t>::to_native(const std::u16string& text)
         refuse(text, "NUL at index " + std::to_string(nul));
     }
     try {
-        return i18n::codecvt_ustring_to_string("UTF-8", false)
-            .do_convert(text.data(), text.size());
+        return i18n::codecvt_ustring_to_string("UTF-8", false).do_convert(text.data(), text.size());
     } catch (const std::range_error& error) {
         refuse(text, error.what());
     }

@@ -87,10 +87,10 @@ public:
     bool Key(const char* text, rapidjson::SizeType length, bool)
     {
         const std::string_view key(text, length);
-        awaited = levels > 1                   ? nullptr
-                  : is_key(key, NAME_KEY)      ? &name
+        awaited = levels > 1                 ? nullptr
+                  : is_key(key, NAME_KEY)    ? &name
                   : is_key(key, VERSION_KEY) ? &version
-                                               : nullptr;
+                                             : nullptr;
         return true;
     }
     bool StartObject()

@@ -148,7 +148,8 @@ std::optional<byte_range> find_archive(const readable_file& file)
     }
     if (const std::optional<std::uint64_t> end = find_end(file)) {
         // An archive that begins with its end holds nothing.
-        return stands_at(file, 0, DIRECTORY_END) ? std::nullopt : std::optional(byte_range{0, *end});
+        return stands_at(file, 0, DIRECTORY_END) ? std::nullopt
+                                                 : std::optional(byte_range{0, *end});
     }
     if (stands_at(file, object ? object->end : 0, LOCAL_HEADER)) {
         throw std::runtime_error("the archive is cut short");

@@ -64,9 +64,9 @@ private:
         window_first = position;
         window_size = 0;
         try {
-            window_size = file.read(
-                range.first + position, window.data(),
-                std::min<std::uint64_t>(window.size(), range.size() - position));
+            window_size =
+                file.read(range.first + position, window.data(),
+                          std::min<std::uint64_t>(window.size(), range.size() - position));
         } catch (...) {
             failure = std::current_exception();
         }
