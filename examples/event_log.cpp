@@ -1,13 +1,102 @@
-// Logs events to a stream: each event reaches the stream as soon as it is logged, so that a log
-// that is never closed lacks nothing but its last line.
+// Logs events to a stream, and tells a crash data service what a crash report should carry. Each
+// event reaches the stream as soon as it is logged, so that a log that is never closed lacks
+// nothing but its last line.
+#include <tarn/services/CrashDataService.hpp>
+#include <tarn/utils/num_to_string.hpp>
 #include <tarn/xml/XmlWriter.hpp>
 
+#include <algorithm>
+#include <array>
+#include <atomic>
 #include <iostream>
+#include <mutex>
+#include <stdexcept>
 #include <string>
+#include <string_view>
 
 namespace {
 
+using tarn::utils::services::CrashDataService;
+
 const std::u16string NONE;
+
+/// A small provider of crash data. Its entries stand in the object itself, so that a report reads
+/// them without a lock and without allocating.
+class CrashNotes : public CrashDataService
+{
+public:
+    void setCrashData(const std::u16string& key, const std::u16string& value) override
+    {
+        if (key.size() > MOST_UNITS || value.size() > MOST_UNITS) {
+            throw std::length_error("a crash note has 80 UTF-16 code units at most");
+        }
+        const std::lock_guard lock(mutex);
+        const auto free = std::find_if(notes.begin(), notes.end(), isFree);
+        if (free == notes.end()) {
+            throw std::length_error("no room for another crash note");
+        }
+        free->key.assign(key);
+        free->value.assign(value);
+        const auto old = find(key);
+        free->isSet = true; // From here on a report can read it.
+        if (old != notes.end()) {
+            old->isSet = false;
+        }
+    }
+
+    void removeCrashData(const std::u16string& key) override
+    {
+        const std::lock_guard lock(mutex);
+        const auto old = find(key);
+        if (old != notes.end()) {
+            old->isSet = false;
+        }
+    }
+
+    template <class Function>
+    void forEach(Function use) const
+    {
+        for (const Note& note : notes) {
+            if (note.isSet) {
+                use(note.key.view(), note.value.view());
+            }
+        }
+    }
+
+private:
+    static constexpr std::size_t MOST_UNITS = 80;
+
+    class Text
+    {
+    public:
+        void assign(std::u16string_view text) { size = text.copy(units.data(), units.size()); }
+        std::u16string_view view() const { return {units.data(), size}; }
+
+    private:
+        std::array<char16_t, MOST_UNITS> units;
+        std::size_t size = 0;
+    };
+
+    struct Note
+    {
+        Text key;
+        Text value;
+        std::atomic<bool> isSet = false;
+    };
+
+    using Notes = std::array<Note, 8>; // One of them stays free, for a value to be replaced.
+
+    static bool isFree(const Note& note) { return !note.isSet; }
+
+    Notes::iterator find(std::u16string_view key)
+    {
+        return std::find_if(notes.begin(), notes.end(),
+                            [&](const Note& note) { return note.isSet && note.key.view() == key; });
+    }
+
+    std::mutex mutex; // Of those who write.
+    Notes notes;
+};
 
 /// Text is handed to a stream in batches and by `writeEndDocument`, which ends every open element.
 /// So each event is a whole document to the writer, and the tags of the element around all events
@@ -15,7 +104,8 @@ const std::u16string NONE;
 class EventLog
 {
 public:
-    explicit EventLog(std::ostream& output) : writer(output)
+    EventLog(std::ostream& output, CrashDataService* crashData)
+        : writer(output), crashData(crashData)
     {
         writer.writeStartDocument();
         writer.writeRawXml(u"\n<log>");
@@ -29,6 +119,24 @@ public:
         writer.writeAttribute(u"level", level);
         writer.writeValue(message);
         writer.writeEndDocument();
+        ++events;
+        if (crashData != nullptr) {
+            crashData->setCrashData(u"events", tarn::utils::num_to_string(events));
+            crashData->setCrashData(u"last event", message);
+        }
+    }
+
+    /// What a crash report would tell, among the events.
+    void addReport(const CrashNotes& notes)
+    {
+        writer.writeStartElement(u"report", NONE, NONE);
+        notes.forEach([&](std::u16string_view key, std::u16string_view value) {
+            writer.writeStartElement(u"note", NONE, NONE);
+            writer.writeAttribute(u"key", std::u16string(key));
+            writer.writeValue(std::u16string(value));
+            writer.writeEndElement();
+        });
+        writer.writeEndDocument();
     }
 
     void close()
@@ -39,16 +147,22 @@ public:
 
 private:
     tarn::utils::XmlWriter writer;
+    CrashDataService* crashData;
+    unsigned long events = 0;
 };
 
 } // namespace
 
 int main()
 {
-    EventLog log(std::cout);
+    CrashNotes notes;
+    EventLog log(std::cout, &notes);
+    notes.setCrashData(u"step", u"reading tracks");
     log.add(u"2026-11-24T09:15:02Z", u"info", u"opened \"tracks & waypoints\"");
     log.add(u"2026-11-24T09:15:03Z", u"warning", u"3 < 5 points\tin segment \u2116\u00A07");
+    notes.removeCrashData(u"step");
     log.add(u"2026-11-24T09:15:04Z", u"error", u"bad header: \x01\x02\x1B[31mRIFF");
+    log.addReport(notes);
     log.close();
     return std::cout ? 0 : 1;
 }
