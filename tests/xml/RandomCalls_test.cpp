@@ -225,7 +225,7 @@ TEST(RandomCalls, GiveTheSameTextAndPiecesAsTheReferenceWriter)
     std::vector<std::jthread> threads;
     for (unsigned first = 0; first < THREADS; ++first) {
         threads.emplace_back([first] {
-            for (unsigned seed = first; seed < 1000 && !testing::Test::HasFailure();
+            for (unsigned seed = first; seed < RANDOM_SEEDS && !testing::Test::HasFailure();
                  seed += THREADS) {
                 SCOPED_TRACE(seed);
                 compareWithReference(seed);

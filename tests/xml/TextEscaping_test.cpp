@@ -48,9 +48,12 @@ void check(std::u16string_view text)
 
 TEST(TextEscaping, TreatsEveryCodeUnitAsItsPortableTwinDoes)
 {
-    for (std::uint32_t unit = 0; unit <= 0xFFFF; ++unit) {
-        std::u16string text(40, u'a');
-        text[unit % 40] = static_cast<char16_t>(unit);
+    constexpr std::size_t UNITS = 16; // in one text, at every place of a block
+    for (std::uint32_t first = 0; first <= 0xFFFF; first += UNITS) {
+        std::u16string text(4 * UNITS, u'a');
+        for (std::uint32_t i = 0; i < UNITS; ++i) {
+            text[4 * i + first / UNITS % 4] = static_cast<char16_t>(first + i);
+        }
         check(text);
     }
 }
