@@ -37,7 +37,8 @@ if(TARN_FRAMEWORK_TARGET STREQUAL "CppMicroServices")
     get_target_property(framework_include_dir CppMicroServices INTERFACE_INCLUDE_DIRECTORIES)
     set(pkg_config_cflags "-I${framework_include_dir}")
     string(APPEND pkg_config_libs
-        " -L$<TARGET_FILE_DIR:CppMicroServices> -l$<TARGET_LINKER_FILE_BASE_NAME:CppMicroServices>")
+        " -L$<TARGET_FILE_DIR:CppMicroServices> -Wl,-rpath,$<TARGET_FILE_DIR:CppMicroServices>"
+        " -l$<TARGET_LINKER_FILE_BASE_NAME:CppMicroServices>")
 elseif(TARGET tarn-framework)
     set(pkg_config_cflags "-I\${includedir}/tarn/framework")
 endif()

@@ -120,10 +120,12 @@ public:
         writer.writeValue(message);
         writer.writeEndDocument();
         ++events;
+        // [snippet: crash-data]
         if (crashData != nullptr) {
             crashData->setCrashData(u"events", tarn::utils::num_to_string(events));
             crashData->setCrashData(u"last event", message);
         }
+        // [end]
     }
 
     /// What a crash report would tell, among the events.

@@ -14,12 +14,15 @@ int main(int argc, char** argv)
         return 2;
     }
     try {
-        tarn::utils::services::BundleContainer container(std::filesystem::path(argv[1]).u16string());
+        // [snippet: bundles]
+        tarn::utils::services::BundleContainer container(
+            std::filesystem::path(argv[1]).u16string());
         for (const cppmicroservices::Bundle& bundle : container.getBundles()) {
             const std::filesystem::path file = bundle.GetLocation();
             std::cout << bundle.GetBundleId() << ' ' << bundle.GetSymbolicName() << ", of "
                       << file.filename().string() << '\n';
         }
+        // [end]
     } catch (const std::exception& error) {
         std::cerr << "list_bundles: " << error.what() << '\n';
         return 1;

@@ -16,12 +16,12 @@ void QualifiedName::assignTo(std::u16string& text) const
 PieceOutput::PieceOutput(Sink& sink) : sink(sink)
 {
     const std::type_info& type = typeid(sink);
-    if (type == typeid(UStringSink)) {
-        text = &static_cast<UStringSink&>(sink).target;
-        limit = text->max_size();
-    } else if (type == typeid(StdStringSink) || type == typeid(StreamSink)) {
+    if (type == typeid(StdStringSink) || type == typeid(StreamSink)) {
         text = &static_cast<ConvertingSink&>(sink).buffer;
         limit = ConvertingSink::BUFFER_CAPACITY;
+    } else if (type == typeid(UStringSink)) {
+        text = &static_cast<UStringSink&>(sink).target;
+        limit = text->max_size();
     }
 }
 
