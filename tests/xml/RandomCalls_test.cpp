@@ -15,6 +15,8 @@
 #include <random>
 #include <span>
 #include <sstream>
+#include <thread>
+#include <vector>
 
 namespace tarn::tests {
 
@@ -218,9 +220,17 @@ void compareWithReference(unsigned seed)
 
 TEST(RandomCalls, GiveTheSameTextAndPiecesAsTheReferenceWriter)
 {
-    for (unsigned seed = 0; seed < 1000 && !testing::Test::HasFailure(); ++seed) {
-        SCOPED_TRACE(seed);
-        compareWithReference(seed);
+    // On several threads, which shows that writers share nothing that changes.
+    constexpr unsigned THREADS = 4;
+    std::vector<std::jthread> threads;
+    for (unsigned first = 0; first < THREADS; ++first) {
+        threads.emplace_back([first] {
+            for (unsigned seed = first; seed < 1000 && !testing::Test::HasFailure();
+                 seed += THREADS) {
+                SCOPED_TRACE(seed);
+                compareWithReference(seed);
+            }
+        });
     }
 }
 

@@ -110,32 +110,6 @@ TEST(StreamSink, InsertsWithFormattingAndFlushesTheStream)
     EXPECT_EQ(stream.width(), 0);
 }
 
-/// Takes nothing the next time that it is written to.
-class FailingBuffer final : public std::stringbuf
-{
-public:
-    bool fails = true;
-
-protected:
-    std::streamsize xsputn(const char* bytes, std::streamsize count) override
-    {
-        return std::exchange(fails, false) ? 0 : std::stringbuf::xsputn(bytes, count);
-    }
-};
-
-TEST(StreamSink, LosesNothingToAStreamThatThrows)
-{
-    FailingBuffer buffer;
-    std::ostream stream(&buffer);
-    stream.exceptions(std::ios::badbit);
-    StreamSink sink(stream);
-    sink.write(u"abc");
-    EXPECT_THROW(sink.flush(), std::ios::failure);
-    stream.clear();
-    sink.write(u"d").flush();
-    EXPECT_EQ(buffer.view(), "abcd");
-}
-
 TEST(StreamSink, LeavesTheNoticingOfASilentFailureToTheCaller)
 {
     std::ostringstream stream;

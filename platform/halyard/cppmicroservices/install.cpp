@@ -4,42 +4,75 @@
 #include "halyard/cppmicroservices/framework.hpp"
 
 #include <algorithm>
+#include <cerrno>
+#include <dirent.h>
 #include <filesystem>
+#include <memory>
+#include <new>
 #include <optional>
 #include <stdexcept>
 #include <string>
-#include <string_view>
+#include <sys/stat.h>
+#include <system_error>
+#include <utility>
 
 namespace halyard::cppmicroservices {
 
 namespace {
 
-namespace fs = std::filesystem;
-
-bool can_hold_bundles(const fs::directory_entry& entry)
+[[noreturn]] void throw_system_error(const std::string& path)
 {
-    const std::string& name = entry.path().native();
-    return (name.ends_with(".so") || name.ends_with(".zip")) &&
-           (entry.is_regular_file() || !entry.exists());
+    throw std::system_error(errno, std::generic_category(), path);
 }
 
-/// A link that leads nowhere is among them: what it should lead to may be a bundle.
-std::vector<std::string> files_in(const fs::path& directory)
+bool is_directory(const std::string& path)
 {
+    struct stat status;
+    return ::stat(path.c_str(), &status) == 0 && S_ISDIR(status.st_mode);
+}
+
+/// A link that leads nowhere can hold bundles: what it should lead to may be one.
+bool can_hold_bundles(const std::string& path)
+{
+    struct stat status;
+    return (path.ends_with(".so") || path.ends_with(".zip")) &&
+           (::stat(path.c_str(), &status) != 0 || S_ISREG(status.st_mode));
+}
+
+/// By the system's functions, since the standard's iterator ends the program if memory runs out.
+std::vector<std::string> files_in(const std::string& directory)
+{
+    struct close_directory
+    {
+        void operator()(DIR* open) const { ::closedir(open); }
+    };
+    const std::unique_ptr<DIR, close_directory> open(::opendir(directory.c_str()));
+    if (open == nullptr) {
+        throw_system_error(directory);
+    }
     std::vector<std::string> files;
-    for (const fs::directory_entry& entry : fs::directory_iterator(directory)) {
-        if (can_hold_bundles(entry)) {
-            files.push_back(entry.path());
+    for (;;) {
+        errno = 0;
+        const dirent* const entry = ::readdir(open.get());
+        if (entry == nullptr) {
+            break;
         }
+        std::string file = directory + '/' + entry->d_name;
+        if (can_hold_bundles(file)) {
+            files.push_back(std::move(file));
+        }
+    }
+    if (errno != 0) {
+        throw_system_error(directory);
     }
     std::ranges::sort(files);
     return files;
 }
 
-std::vector<bundle_file> bundle_files_at(const fs::path& path)
+std::vector<bundle_file> bundle_files_at(const std::string& path)
 {
     std::vector<bundle_file> found;
-    if (fs::is_directory(path)) {
+    if (is_directory(path)) {
         for (const std::string& file : files_in(path)) {
             if (std::optional<bundle_file> bundles = read_bundle_file(file)) {
                 found.push_back(*std::move(bundles));
@@ -49,7 +82,7 @@ std::vector<bundle_file> bundle_files_at(const fs::path& path)
     }
     std::optional<bundle_file> bundles = read_bundle_file(path);
     if (!bundles) {
-        throw std::runtime_error(path.native() + ": the file holds no bundle");
+        throw std::runtime_error(path + ": the file holds no bundle");
     }
     found.push_back(*std::move(bundles));
     return found;
@@ -65,7 +98,14 @@ install(corda::filesystem::basic_path<char, char16_t,
     if (path.empty()) {
         return {};
     }
-    return install_into_framework(bundle_files_at(fs::absolute(path.native())));
+    try {
+        return install_into_framework(bundle_files_at(std::filesystem::absolute(path.native())));
+    } catch (const std::system_error& error) {
+        if (error.code() == std::errc::not_enough_memory) {
+            throw std::bad_alloc();
+        }
+        throw;
+    }
 }
 
 } // namespace halyard::cppmicroservices

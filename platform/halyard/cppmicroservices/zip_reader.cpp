@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cerrno>
 #include <cstring>
 #include <exception>
 #include <minizip/unzip.h>
@@ -96,9 +97,12 @@ private:
 zip_reader::zip_reader(const readable_file& file, byte_range range)
     : source(std::make_unique<stream>(file, range))
 {
+    errno = 0; // for fail()
     zlib_filefunc64_def functions = source->functions();
     archive = unzOpen2_64("", &functions);
-    if (archive == nullptr) {
+    // Without memory for one way to find the directory, minizip tries another.
+    if (archive == nullptr || errno == ENOMEM) {
+        unzClose(archive);
         fail("the archive's directory is damaged");
     }
 }
@@ -163,10 +167,8 @@ std::string zip_reader::contents(std::size_t most)
              std::to_string(most) + " at most");
     }
     std::string bytes(info.uncompressed_size, '\0');
+    errno = 0; // for fail()
     int result = unzOpenCurrentFile(archive);
-    if (result == UNZ_INTERNALERROR) {
-        throw std::bad_alloc();
-    }
     if (result == UNZ_OK) {
         const int count =
             unzReadCurrentFile(archive, bytes.data(), static_cast<unsigned>(bytes.size()));
@@ -186,6 +188,10 @@ void zip_reader::fail(const std::string& problem) const
 {
     if (source->failure != nullptr) {
         std::rethrow_exception(source->failure);
+    }
+    // Of its own allocations minizip does not say that they failed, but malloc does.
+    if (errno == ENOMEM) {
+        throw std::bad_alloc();
     }
     throw std::runtime_error(problem);
 }
