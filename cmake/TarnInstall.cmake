@@ -2,9 +2,11 @@
 
 include(CMakePackageConfigHelpers)
 
+set(CMAKE_INSTALL_DEFAULT_COMPONENT_NAME development)
 set(package_dir ${CMAKE_INSTALL_LIBDIR}/cmake/tarn)
 
-install(TARGETS tarn-utils EXPORT tarn-targets FILE_SET HEADERS)
+install(TARGETS tarn-utils EXPORT tarn-targets FILE_SET HEADERS
+    LIBRARY COMPONENT library NAMELINK_COMPONENT development)
 if(NOT BUILD_SHARED_LIBS)
     # A static library leaves its base layer to the consumer's linker.
     install(TARGETS tarn-objects ${TARN_PLATFORM_TARGET} EXPORT tarn-targets)

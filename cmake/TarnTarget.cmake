@@ -9,3 +9,9 @@ function(tarn_target target)
     target_compile_options(${target} PRIVATE -Wall -Wextra -Wpedantic
         $<$<BOOL:${TARN_WERROR}>:-Werror>)
 endfunction()
+
+# Compresses an installed file, when configuring.
+function(tarn_gzip input output)
+    execute_process(COMMAND gzip -9nc ${input} OUTPUT_FILE ${output} COMMAND_ERROR_IS_FATAL ANY)
+    set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS ${input})
+endfunction()

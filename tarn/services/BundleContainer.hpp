@@ -8,6 +8,7 @@
 #include <string>
 #include <vector>
 
+/// What stands between the callers of the library and the service framework.
 namespace tarn::utils::services {
 
 /// Installs the bundles found at a path into the service framework of the process, and holds their
@@ -33,13 +34,15 @@ public:
     class Bundles
     {
     public:
-        using iterator = std::vector<cppmicroservices::Bundle>::iterator;
+        using iterator = std::vector<cppmicroservices::Bundle>::iterator; ///< Of random access.
 
+        /// Those from @p first to before @p last.
         Bundles(iterator first, iterator last) : first(first), last(last) {}
 
-        iterator begin() const { return first; }
-        iterator end() const { return last; }
-        bool empty() const { return first == last; }
+        iterator begin() const { return first; }     ///< The first handle.
+        iterator end() const { return last; }        ///< One past the last handle.
+        bool empty() const { return first == last; } ///< Whether there are none.
+        /// How many there are.
         std::size_t size() const { return static_cast<std::size_t>(last - first); }
 
         /// Whether both are the handles of the same container.
@@ -47,6 +50,7 @@ public:
         {
             return first == other.first && last == other.last;
         }
+        /// Whether they are those of different containers.
         bool operator!=(const Bundles& other) const { return !(*this == other); }
 
     private:

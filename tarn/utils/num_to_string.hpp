@@ -5,6 +5,7 @@
 
 #include <string>
 
+/// The XML writer and general helpers.
 namespace tarn::utils {
 
 /// Formats @p value in base ten.

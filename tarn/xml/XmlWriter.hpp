@@ -69,23 +69,28 @@ public:
 
     /// The version `1.0`. Declaring exactly this version makes `writeValue` leave out the control
     /// characters that XML 1.0 cannot represent.
+    /// @see @ref control-characters-and-versions
     static const std::u16string DEFAULT_VERSION;
 
     /// Writes UTF-16 to @p output, which is emptied now and receives each piece of text at once.
     /// @p output must outlive the writer.
+    /// @see @ref targets-and-when-text-reaches-them
     explicit XmlWriter(std::u16string& output);
 
     /// Writes UTF-8 to @p output, which is emptied now and receives text in batches of more than
     /// 8192 UTF-16 code units and at `writeEndDocument`. @p output must outlive the writer.
+    /// @see @ref targets-and-when-text-reaches-them
     explicit XmlWriter(std::string& output);
 
     /// Writes UTF-8 to @p output, with formatted insertion (`<<`), in batches of more than 8192
     /// UTF-16 code units and at `writeEndDocument`, which also flushes the stream. What the stream
     /// holds already stays. @p output must outlive the writer.
+    /// @see @ref targets-and-when-text-reaches-them
     explicit XmlWriter(std::ostream& output);
 
     /// Frees the writer's state and writes nothing: open elements stay open, and up to one batch of
     /// text that has not been converted yet is lost unless `writeEndDocument` came last.
+    /// @see @ref what-is-lost-without-writeenddocument
     ~XmlWriter();
 
     XmlWriter(const XmlWriter&) = delete;
@@ -110,10 +115,12 @@ public:
     /// treats control characters.
     ///
     /// @param version the version, written verbatim. Exactly "1.0" selects the rules of XML 1.0.
+    /// @see @ref control-characters-and-versions
     void writeStartDocument(const std::u16string& version = DEFAULT_VERSION);
 
     /// Ends an open attribute value and every open element, then pushes all text to the target and
     /// flushes a target stream. The writer can be used on; a later call pushes again.
+    /// @see @ref targets-and-when-text-reaches-them
     void writeEndDocument();
 
     /// Writes @p xml without any change, at the current place and in any state.
@@ -121,6 +128,7 @@ public:
     /// Nothing is closed first: while a start tag is open the text lands inside it, and while an
     /// attribute value is open, inside that. Call `writeStartElementClose` first to write raw
     /// content.
+    /// @see @ref raw-text
     void writeRawXml(const std::u16string& xml);
 
     /// Writes @p value as character data: into the attribute value that is open, or else as
@@ -132,6 +140,7 @@ public:
     /// is written as it is, U+0000, tab, line feed and carriage return included.
     ///
     /// An empty @p value writes nothing but still closes an open start tag.
+    /// @see @ref elements-and-text, @ref control-characters-and-versions
     void writeValue(const std::u16string& value);
 
     /// Opens an element, first closing an open attribute value and start tag.
@@ -141,32 +150,38 @@ public:
     /// @param localName the local name.
     /// @param namespaceUri the namespace name; empty for none.
     /// @param prefix the preferred prefix; empty for no preference.
+    /// @see @ref elements-and-text, @ref namespaces
     void writeStartElement(const std::u16string& localName, const std::u16string& namespaceUri,
                            const std::u16string& prefix);
 
     /// Closes an open start tag with `>`, after ending an open attribute value. Ignored if no start
     /// tag is open.
+    /// @see @ref raw-text
     void writeStartElementClose();
 
     /// Ends the innermost open element: with `/>` if its start tag is still open, with an end tag
     /// otherwise. The bindings that were declared on it go out of scope. Ignored if no element is
     /// open.
+    /// @see @ref elements-and-text
     void writeEndElement();
 
     /// Writes a whole element: start tag, @p value as by `writeValue`, end tag, on one line. An
-    /// empty
-    /// @p value gives `<a></a>`.
+    /// empty @p value gives `<a></a>`.
+    /// @see @ref elements-and-text
     void writeElement(const std::u16string& localName, const std::u16string& namespaceUri,
                       const std::u16string& prefix, const std::u16string& value);
 
     /// As above, without a preferred prefix.
+    /// @see @ref elements-and-text
     void writeElement(const std::u16string& localName, const std::u16string& namespaceUri,
                       const std::u16string& value);
 
     /// As above, without a namespace.
+    /// @see @ref elements-and-text
     void writeElement(const std::u16string& localName, const std::u16string& value);
 
     /// Writes a whole element without content, as an empty-element tag.
+    /// @see @ref elements-and-text
     void writeEmptyElement(const std::u16string& localName, const std::u16string& namespaceUri,
                            const std::u16string& prefix);
 
@@ -174,23 +189,28 @@ public:
     /// if no start tag is open. Calls of `writeValue` and then `writeEndAttribute` are to follow.
     ///
     /// A namespace bound as the default gives an unprefixed attribute name.
+    /// @see @ref attributes
     void writeStartAttribute(const std::u16string& localName, const std::u16string& namespaceUri,
                              const std::u16string& prefix);
 
     /// Ends the open attribute value; declarations that are due follow. Ignored if none is open.
+    /// @see @ref attributes
     void writeEndAttribute();
 
     /// Writes a whole attribute on the open start tag; declarations that are due follow.
     ///
     /// If no start tag is open, @p value is written as character data, as by `writeValue`.
+    /// @see @ref attributes
     void writeAttribute(const std::u16string& localName, const std::u16string& namespaceUri,
                         const std::u16string& prefix, const std::u16string& value);
 
     /// As above, without a preferred prefix.
+    /// @see @ref attributes
     void writeAttribute(const std::u16string& localName, const std::u16string& namespaceUri,
                         const std::u16string& value);
 
     /// As above, without a namespace.
+    /// @see @ref attributes
     void writeAttribute(const std::u16string& localName, const std::u16string& value);
 
     /// Binds @p namespaceUri on the open start tag and declares it there at once, ending an open
@@ -200,11 +220,13 @@ public:
     /// @param namespaceUri the namespace name.
     /// @param prefix the preferred prefix; empty for a generated one, never for the default
     /// namespace.
+    /// @see @ref where-declarations-land
     void writeNamespace(const std::u16string& namespaceUri, const std::u16string& prefix);
 
     /// Writes the attribute `xmlns="namespaceUri"`, as by `writeAttribute`, and binds nothing:
     /// names in that namespace still receive a prefix of their own. For names without a prefix, use
     /// `registerDefaultNamespace`.
+    /// @see @ref the-default-namespace
     void writeDefaultNamespace(const std::u16string& namespaceUri);
 
     /// Binds @p namespaceUri to the empty prefix, so that names in it are written without a prefix.
@@ -212,6 +234,7 @@ public:
     /// Writes nothing now. The declaration follows on the next start tag, or on the one that is
     /// open after its next attribute or `writeNamespace`. A namespace name that is bound already
     /// keeps its prefix and is declared once more.
+    /// @see @ref the-default-namespace
     void registerDefaultNamespace(const std::u16string& namespaceUri);
 
 private:

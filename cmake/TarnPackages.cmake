@@ -1,0 +1,68 @@
+# What `cpack` makes Debian packages of: the library, what its users build with, and json2xml.
+# scripts/package sets the build tree up for them.
+
+# The changelog names the version, the packaging's revision and the maintainer.
+file(READ ${PROJECT_SOURCE_DIR}/cmake/debian/changelog changelog)
+if(NOT changelog MATCHES "^tarn \\(([0-9.]+)-([0-9]+)\\).*\n -- ([^\n]+>)  " OR
+   NOT CMAKE_MATCH_1 VERSION_EQUAL PROJECT_VERSION)
+    message(FATAL_ERROR "cmake/debian/changelog does not begin with tarn (${PROJECT_VERSION}-...)")
+endif()
+set(CPACK_DEBIAN_PACKAGE_RELEASE ${CMAKE_MATCH_2})
+set(CPACK_PACKAGE_CONTACT ${CMAKE_MATCH_3})
+
+set(CPACK_GENERATOR DEB)
+set(CPACK_PACKAGE_NAME tarn)
+set(CPACK_PACKAGE_VERSION ${PROJECT_VERSION})
+set(CPACK_STRIP_FILES ON)
+set(CPACK_DEB_COMPONENT_INSTALL ON)
+set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
+set(CPACK_DEBIAN_PACKAGE_SOURCE tarn)
+set(CPACK_DEBIAN_PACKAGE_CONTROL_STRICT_PERMISSION ON)
+set(CPACK_PROJECT_CONFIG_FILE ${PROJECT_SOURCE_DIR}/cmake/TarnPackageDepends.cmake)
+set(CPACK_TARN_LIBRARY ${PROJECT_BINARY_DIR}/tarn/libtarn-utils.so)
+
+set(library_package libtarn-utils${PROJECT_VERSION_MAJOR})
+set(debian_version ${PROJECT_VERSION}-${CPACK_DEBIAN_PACKAGE_RELEASE})
+set(debian_files ${PROJECT_BINARY_DIR}/debian)
+file(WRITE ${debian_files}/shlibs
+    "libtarn-utils ${PROJECT_VERSION_MAJOR} ${library_package} (>= ${PROJECT_VERSION})\n")
+tarn_gzip(${PROJECT_SOURCE_DIR}/CHANGELOG.md ${debian_files}/changelog.gz)
+tarn_gzip(${PROJECT_SOURCE_DIR}/cmake/debian/changelog ${debian_files}/changelog.Debian.gz)
+
+# tarn_package(<component> <name> <section> <synopsis> <description>)
+macro(tarn_package component name section synopsis description)
+    string(TOUPPER ${component} COMPONENT)
+    list(APPEND CPACK_COMPONENTS_ALL ${component})
+    set(CPACK_DEBIAN_${COMPONENT}_PACKAGE_NAME ${name})
+    set(CPACK_DEBIAN_${COMPONENT}_PACKAGE_SECTION ${section})
+    set(CPACK_DEBIAN_${COMPONENT}_DESCRIPTION "${synopsis}\n${description}")
+    install(FILES ${debian_files}/changelog.gz ${debian_files}/changelog.Debian.gz
+            ${PROJECT_SOURCE_DIR}/cmake/debian/copyright
+        DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/${name} COMPONENT ${component} EXCLUDE_FROM_ALL)
+endmacro()
+
+set(CPACK_COMPONENTS_ALL "")
+set(CPACK_PACKAGE_DESCRIPTION_SUMMARY "")
+set(about_library "The library writes XML from calls: start an element, add an attribute,
+write a value, end the element. It takes UTF-16 strings, chooses and
+declares namespace prefixes by itself, escapes, indents, and writes UTF-16
+to a string or UTF-8 to a byte string or a stream.")
+tarn_package(library ${library_package} libs "streaming, namespace-aware XML writer"
+    "${about_library}")
+set(CPACK_DEBIAN_LIBRARY_PACKAGE_CONTROL_EXTRA
+    "${debian_files}/shlibs;${PROJECT_SOURCE_DIR}/cmake/debian/triggers")
+tarn_package(development libtarn-utils-dev libdevel
+    "streaming, namespace-aware XML writer - development files" "${about_library}
+
+This package has what programs that use the library are built with.")
+set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_DEPENDS "${library_package} (= ${debian_version})")
+if(TARN_BUILD_TOOLS)
+    tarn_package(json2xml tarn-json2xml utils "converter from JSON to XML"
+        "json2xml turns any JSON document into XML while it reads it, in the
+representation of JSON that XPath and XQuery Functions and Operators 3.1
+defines.")
+    set(CPACK_DEBIAN_JSON2XML_PACKAGE_DEPENDS "${library_package} (>= ${PROJECT_VERSION})")
+    set(CPACK_DEBIAN_JSON2XML_PACKAGE_SHLIBDEPS ON)
+    set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS_PRIVATE_DIRS ${PROJECT_BINARY_DIR}/tarn)
+endif()
+include(CPack)

@@ -1,0 +1,10 @@
+#pragma once
+
+#include <string>
+
+namespace corda::filesystem::detail {
+
+/// Puts a mark before the path, which shows that it was here and with which flag.
+std::u16string make_native_form(const std::u16string& path, bool normalise);
+
+} // namespace corda::filesystem::detail

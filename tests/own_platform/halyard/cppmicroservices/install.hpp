@@ -1,0 +1,16 @@
+#pragma once
+
+#include "corda/filesystem/basic_path.hpp"
+
+#include <cppmicroservices/Bundle.h>
+#include <vector>
+
+namespace halyard::cppmicroservices {
+
+/// Gives two handles that hold the path that it was called with.
+std::vector<::cppmicroservices::Bundle>
+install(corda::filesystem::basic_path<char, char16_t,
+                                      corda::filesystem::detail::path_traits<char, char16_t>>
+            path);
+
+} // namespace halyard::cppmicroservices
