@@ -1,0 +1,68 @@
+// Any bytes as a file that is to hold bundles, and as the manifest of a bundle: nothing but
+// std::runtime_error comes out.
+//
+// The file is read and its bundles go into a registry of their own, as an installation would do
+// with the one of the process. That one only grows, and would remember the inputs before.
+#include "fuzz/Input.hpp"
+#include "support/Zip.hpp"
+
+#include <cppmicroservices/BundleRegistry.hpp>
+#include <halyard/cppmicroservices/bundle_file.hpp>
+
+#include <optional>
+#include <stdexcept>
+#include <string_view>
+#include <sys/mman.h>
+#include <unistd.h>
+#include <vector>
+
+namespace tarn::fuzz {
+
+namespace {
+
+/// A file in memory, the same for all inputs.
+std::string pathOfFileWith(std::string_view bytes)
+{
+    static const int descriptor = ::memfd_create("bundles", MFD_CLOEXEC);
+    require(::ftruncate(descriptor, 0) == 0 && ::pwrite(descriptor, bytes.data(), bytes.size(),
+                                                        0) == static_cast<ssize_t>(bytes.size()),
+            "no file in memory");
+    return "/proc/self/fd/" + std::to_string(descriptor);
+}
+
+void install(std::string_view bytes)
+{
+    const std::string path = pathOfFileWith(bytes);
+    std::optional<halyard::cppmicroservices::bundle_file> file;
+    try {
+        file = halyard::cppmicroservices::read_bundle_file(path);
+    } catch (const std::runtime_error& error) {
+        require(std::string_view(error.what()).starts_with(path),
+                std::string("the path is missing: ") + error.what());
+        return;
+    }
+    if (!file) {
+        return;
+    }
+    std::vector<cppmicroservices::NewBundle> bundles;
+    for (const auto& [name, version] : file->bundles) {
+        require(!name.empty() && !version.empty(), "a bundle without a name or a version");
+        bundles.push_back({name, version, file->location});
+    }
+    cppmicroservices::BundleRegistry registry;
+    const std::vector<cppmicroservices::Bundle> handles = registry.install(bundles);
+    require(!bundles.empty() && handles.size() == bundles.size(), "a handle is missing");
+    require(registry.install(bundles) == handles, "the same file gives other bundles");
+}
+
+} // namespace
+
+} // namespace tarn::fuzz
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t size)
+{
+    const std::string_view input(reinterpret_cast<const char*>(bytes), size);
+    tarn::fuzz::install(input);
+    tarn::fuzz::install(tarn::tests::zip({{"bundle/manifest.json", std::string(input)}}));
+    return 0;
+}
