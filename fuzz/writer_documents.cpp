@@ -177,6 +177,9 @@ private:
         const Text elementName = name();
         const Text elementUri = uri();
         if (hasDefault && defaultUri != XML_NAMESPACE) {
+            // The end of an attribute would declare it at once.
+            writer.writeEndAttribute();
+            noteAttributeEnd();
             writer.registerDefaultNamespace(defaultUri);
             bindings.try_emplace(defaultUri, false);
             writer.writeStartElement(elementName, elementUri, prefix());
