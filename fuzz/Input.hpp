@@ -70,7 +70,7 @@ private:
 
     std::span<const std::uint8_t> unread;
     /// In code units; keeps a run short.
-    std::size_t repetitionsLeft = 50'000;
+    std::size_t repetitionsLeft = 20'000;
 };
 
 } // namespace tarn::fuzz

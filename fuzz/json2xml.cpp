@@ -65,17 +65,21 @@ bool isPlainJson(std::string_view bytes)
            !rapidjson::Reader().Parse<FLAGS>(stream, handler).IsError();
 }
 
-/// @p text in UTF-8 with U+FFFD for every character that XML 1.0 does not allow.
+/// @p text in UTF-8, to which RapidJSON may have added surrogates, with U+FFFD for each of these
+/// and for every character that XML 1.0 does not allow.
 std::string replaceForbidden(std::string_view text)
 {
     std::string replaced;
     while (!text.empty()) {
-        const auto first = static_cast<unsigned char>(text.front());
-        const bool isControl = first < 0x20 && first != '\t' && first != '\n' && first != '\r';
-        const bool isNoncharacter =
-            text.starts_with("\xEF\xBF\xBE") || text.starts_with("\xEF\xBF\xBF");
-        const std::size_t length = isNoncharacter ? 3 : 1;
-        replaced += isControl || isNoncharacter ? "\xEF\xBF\xBD" : text.substr(0, length);
+        const auto byteAt = [&](std::size_t index) {
+            return index < text.size() ? static_cast<unsigned char>(text[index]) : 0u;
+        };
+        const bool isControl =
+            byteAt(0) < 0x20 && byteAt(0) != '\t' && byteAt(0) != '\n' && byteAt(0) != '\r';
+        const bool isNoncharacter = byteAt(0) == 0xEF && byteAt(1) == 0xBF && byteAt(2) >= 0xBE;
+        const bool isSurrogate = byteAt(0) == 0xED && byteAt(1) >= 0xA0;
+        const std::size_t length = isNoncharacter || isSurrogate ? 3 : 1;
+        replaced += isControl || length == 3 ? "\xEF\xBF\xBD" : text.substr(0, length);
         text.remove_prefix(length);
     }
     return replaced;
