@@ -45,13 +45,12 @@ public:
         }
         Text run;
         for (const char16_t unit : value) {
-            const std::vector<Text> replacement = replace(unit);
-            if (replacement == std::vector<Text>{Text(1, unit)}) {
+            if (!isSpecial(unit)) {
                 run += unit;
                 continue;
             }
             writeUnlessEmpty(run);
-            write(replacement);
+            write(replace(unit));
             run.clear();
         }
         writeUnlessEmpty(run);
@@ -182,9 +181,17 @@ private:
         }
     }
 
-    std::vector<Text> replace(char16_t unit) const
+    static bool isSpecial(char16_t unit)
     {
-        switch (unit) {
+        const bool isControl =
+            unit < u' ' && unit != u'\0' && unit != u'\t' && unit != u'\n' && unit != u'\r';
+        return isControl || unit == u'<' || unit == u'>' || unit == u'&' || unit == u'"' ||
+               unit == u'\'';
+    }
+
+    std::vector<Text> replace(char16_t special) const
+    {
+        switch (special) {
         case u'<':
             return {u"&lt;"};
         case u'>':
@@ -195,19 +202,11 @@ private:
             return {u"&quot;"};
         case u'\'':
             return {u"&apos;"};
-        case u'\t':
-        case u'\n':
-        case u'\r':
-        case u'\0':
-            return {Text(1, unit)};
-        }
-        if (unit >= u' ') {
-            return {Text(1, unit)};
         }
         if (isVersion10) {
-            return unit == 0x0B ? std::vector<Text>{u" "} : std::vector<Text>{};
+            return special == 0x0B ? std::vector<Text>{u" "} : std::vector<Text>{};
         }
-        const std::string digits = std::to_string(unit);
+        const std::string digits = std::to_string(special);
         return {u"&#", Text(digits.begin(), digits.end()), u";"};
     }
 
