@@ -1,5 +1,14 @@
 # What every target of this project has in common.
 
+# The toolchain's protections, in Release. Sanitizers have checks of their own, which these stand in
+# the way of, and their run-time libraries are linked late.
+option(TARN_HARDENING "Turn on the compiler's and the linker's protections in Release" ON)
+if(TARN_HARDENING AND NOT CMAKE_CXX_FLAGS MATCHES "-fsanitize")
+    set(hardening_compile_options
+        "$<$<CONFIG:Release>:-U_FORTIFY_SOURCE;-D_FORTIFY_SOURCE=2;-fstack-protector-strong>")
+    set(hardening_link_options "$<$<CONFIG:Release>:-Wl,-z,relro,-z,now,-z,defs>")
+endif()
+
 function(tarn_target target)
     target_compile_features(${target} PRIVATE cxx_std_23)
     set_target_properties(${target} PROPERTIES
@@ -7,7 +16,8 @@ function(tarn_target target)
         CXX_VISIBILITY_PRESET hidden
         VISIBILITY_INLINES_HIDDEN ON)
     target_compile_options(${target} PRIVATE -Wall -Wextra -Wpedantic
-        $<$<BOOL:${TARN_WERROR}>:-Werror>)
+        $<$<BOOL:${TARN_WERROR}>:-Werror> "${hardening_compile_options}")
+    target_link_options(${target} PRIVATE "${hardening_link_options}")
 endfunction()
 
 # Compresses an installed file, when configuring.

@@ -49,13 +49,7 @@ public:
     void remember(Bindings::iterator binding) { slotOf(binding->first) = binding; }
 
     /// To be called before @p binding is removed from the map.
-    void forget(Bindings::iterator binding)
-    {
-        Bindings::iterator& slot = slotOf(binding->first);
-        if (slot == binding) {
-            slot = bindings.end();
-        }
-    }
+    void forget(Bindings::iterator binding) { slotOf(binding->first) = bindings.end(); }
 
 private:
     static constexpr unsigned INDEX_BITS = 7;

@@ -143,7 +143,7 @@ EscapedRun replaceSpecials(const char16_t* units, std::size_t length, std::uint6
 {
     std::size_t position = 0;
     for (; specials != 0; specials &= specials - 1) {
-        const std::size_t special = static_cast<std::size_t>(std::countr_zero(specials));
+        const auto special = static_cast<std::size_t>(std::countr_zero(specials));
         out = copyRun(units + position, special - position, out);
         const Entity& entity = ENTITIES[units[special]];
         if (entity.length == 0) [[unlikely]] {

@@ -88,6 +88,7 @@ TEST(BundleContainer, HoldsTheBundlesOfAnArchiveInTheOrderOfTheirNames)
     EXPECT_EQ(container.getBundles(), bundles);
     BundleContainer other(utf16(BUNDLE_ARCHIVE));
     EXPECT_NE(other.getBundles(), bundles);
+    EXPECT_NE(BundleContainer::Bundles(bundles.begin(), bundles.begin()), bundles);
     EXPECT_TRUE(std::ranges::equal(other.getBundles(), bundles));
 }
 

@@ -106,17 +106,26 @@ TEST(TextEscaping, StopsInTimeWhenRoomIsShort)
         return units;
     }();
     for (std::size_t room = 0; room <= 1000; ++room) {
-        auto output = GuardedBuffer<char16_t>::endingAtGuard(std::u16string(room, u'-'));
-        const EscapedRun run = escapeMarkup(text.data(), text.data() + text.size(), output.data(),
-                                            output.data() + room);
-        std::u16string whole(text.size() * LONGEST_REPLACEMENT + ESCAPING_MARGIN, u'-');
-        const EscapedRun expected =
-            escapeMarkupPortable(text.data(), run.read, whole.data(), whole.data() + whole.size());
-        ASSERT_TRUE(sameText({output.data(), run.written}, {whole.data(), expected.written}));
-        if (run.read != text.data() + text.size()) {
-            EXPECT_LT(output.data() + room - run.written,
-                      static_cast<std::ptrdiff_t>(ESCAPING_MARGIN));
+        for (const auto escape : {escapeMarkup, escapeMarkupPortable}) {
+            auto output = GuardedBuffer<char16_t>::endingAtGuard(std::u16string(room, u'-'));
+            const EscapedRun run =
+                escape(text.data(), text.data() + text.size(), output.data(), output.data() + room);
+            std::u16string whole(text.size() * LONGEST_REPLACEMENT + ESCAPING_MARGIN, u'-');
+            const EscapedRun expected = escapeMarkupPortable(text.data(), run.read, whole.data(),
+                                                             whole.data() + whole.size());
+            ASSERT_TRUE(sameText({output.data(), run.written}, {whole.data(), expected.written}));
+            if (run.read != text.data() + text.size()) {
+                EXPECT_LT(output.data() + room - run.written,
+                          static_cast<std::ptrdiff_t>(ESCAPING_MARGIN));
+            }
         }
+    }
+}
+
+TEST(TextEscaping, HasNoReferenceForOtherCodeUnits)
+{
+    for (const char16_t unit : {u'\0', u'\x01', u'\n', u'a', u'@', u'\x3C3C', u'\xFFFF'}) {
+        EXPECT_TRUE(entityReference(unit).empty()) << static_cast<unsigned>(unit);
     }
 }
 

@@ -284,6 +284,37 @@ TEST(XmlWriter, HandsOverEachPieceByItself)
     EXPECT_EQ(recording.flushes, 1);
 }
 
+TEST(XmlWriter, QualifiesNamesAheadOfTheTagThatDeclaresThem)
+{
+    Recording recording;
+    SinkWriter writer(std::make_unique<RecordingSink>(recording));
+    const struct
+    {
+        std::u16string localName;
+        std::u16string namespaceUri;
+        std::u16string prefix;
+        std::u16string name;
+    } cases[] = {
+        {u"a", u"", u"p", u"a"},
+        {u"a", u"urn:a", u"p", u"p:a"},
+        {u"b", u"urn:a", u"q", u"p:b"},
+        {u"a", u"urn:b", u"p", u"ns1:a"},
+        {u"a", u"urn:c", u"", u"ns2:a"},
+        {u"", u"urn:a", u"", u"p"},
+        {u"lang", u"http://www.w3.org/XML/1998/namespace", u"q", u"xml:lang"},
+    };
+    for (const auto& [localName, namespaceUri, prefix, name] : cases) {
+        EXPECT_EQ(writer.qualifyName(localName, namespaceUri, prefix), name);
+    }
+    EXPECT_TRUE(recording.pieces.empty());
+    writer.writeStartElement(u"e", u"urn:b", u"");
+    std::u16string text;
+    for (const std::u16string& piece : recording.pieces) {
+        text += piece;
+    }
+    EXPECT_EQ(text, u"\n<ns1:e xmlns:p=\"urn:a\" xmlns:ns1=\"urn:b\" xmlns:ns2=\"urn:c\"");
+}
+
 TEST(XmlWriter, GoesOnAfterASinkThatFailedAtAnyPiece)
 {
     const Calls calls = {startDocument(),

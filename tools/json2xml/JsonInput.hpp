@@ -144,6 +144,7 @@ namespace rapidjson {
 
 /// The reader calls this before each token.
 template <>
+// NOLINTNEXTLINE(readability-inconsistent-declaration-parameter-name)
 inline void SkipWhitespace(json2xml::JsonInput& input)
 {
     input.skipToToken();

@@ -33,12 +33,12 @@ struct throwing_allocator : rapidjson::CrtAllocator
 };
 
 /// Keys are the same in capital and small letters.
-bool is_key(std::string_view text, std::string_view key)
+bool is_key(std::string_view key, std::string_view wanted)
 {
     const auto small = [](char letter) {
         return letter >= 'A' && letter <= 'Z' ? static_cast<char>(letter - 'A' + 'a') : letter;
     };
-    return std::ranges::equal(text, key, {}, small);
+    return std::ranges::equal(key, wanted, {}, small);
 }
 
 [[noreturn]] void refuse_version(std::string_view version)

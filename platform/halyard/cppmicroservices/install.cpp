@@ -93,7 +93,7 @@ std::vector<bundle_file> bundle_files_at(const std::string& path)
 std::vector<::cppmicroservices::Bundle>
 install(corda::filesystem::basic_path<char, char16_t,
                                       corda::filesystem::detail::path_traits<char, char16_t>>
-            path)
+            path) // NOLINT(performance-unnecessary-value-param): the interface passes it so
 {
     if (path.empty()) {
         return {};

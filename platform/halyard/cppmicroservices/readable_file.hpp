@@ -4,6 +4,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <string>
+#include <utility>
 
 namespace halyard::cppmicroservices {
 
@@ -35,7 +36,9 @@ public:
     std::size_t read(std::uint64_t offset, void* bytes, std::size_t count) const;
 
 private:
-    readable_file(const std::string& path, int descriptor) : path(path), descriptor(descriptor) {}
+    readable_file(std::string path, int descriptor) : path(std::move(path)), descriptor(descriptor)
+    {
+    }
 
     std::string path;
     int descriptor; // negative if there is none

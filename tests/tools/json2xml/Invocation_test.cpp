@@ -119,6 +119,7 @@ TEST(Json2xmlInvocation, LeavesNothingBehindAfterAFailureOrASignal)
     ASSERT_EQ(::pipe2(input, O_CLOEXEC), 0);
     const pid_t process =
         start({"-o", directory / "file.xml"}, input[0], STDOUT_FILENO, STDERR_FILENO);
+    ::close(input[0]);
     const auto written = [&] {
         const auto names = directory.names();
         return !names.empty() && std::filesystem::file_size(directory / names.front()) > 0;
@@ -131,7 +132,6 @@ TEST(Json2xmlInvocation, LeavesNothingBehindAfterAFailureOrASignal)
     ::kill(process, SIGTERM);
     int status = 0;
     ::waitpid(process, &status, 0);
-    ::close(input[0]);
     ::close(input[1]);
     EXPECT_TRUE(WIFSIGNALED(status) && WTERMSIG(status) == SIGTERM);
     EXPECT_THAT(directory.names(), IsEmpty());
