@@ -161,7 +161,7 @@ void XmlWriter::Impl::writeNamespace(const std::u16string& namespaceUri,
     }
     const BindingCache::Place place = bindingCache.find(namespaceUri);
     if (!place.isBound) {
-        bind(place, namespaceUri, findUnusedPrefix(prefix));
+        bindUnused(place, namespaceUri, prefix);
         processDeferredRegistrations();
     }
 }
@@ -225,9 +225,15 @@ QualifiedName XmlWriter::Impl::qualify(const std::u16string& localName,
         return {NONE, localName};
     }
     const BindingCache::Place place = bindingCache.find(namespaceUri);
-    const auto binding =
-        place.isBound ? place.position : bind(place, namespaceUri, findUnusedPrefix(prefix));
+    const auto binding = place.isBound ? place.position : bindUnused(place, namespaceUri, prefix);
     return {binding->second, localName};
+}
+
+XmlWriter::Impl::Bindings::iterator XmlWriter::Impl::bindUnused(BindingCache::Place place,
+                                                                const std::u16string& namespaceUri,
+                                                                const std::u16string& prefix)
+{
+    return bind(place, namespaceUri, findUnusedPrefix(prefix));
 }
 
 XmlWriter::Impl::Bindings::iterator XmlWriter::Impl::bind(BindingCache::Place place,

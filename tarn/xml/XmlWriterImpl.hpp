@@ -87,6 +87,11 @@ private:
     /// Binds @p namespaceUri, which is not bound yet, and queues its declaration.
     Bindings::iterator bind(BindingCache::Place place, const std::u16string& namespaceUri,
                             const std::u16string& prefix);
+    /// As above, to @p prefix if it is not in use, or else to a generated one. Not inline, so that
+    /// names in bound namespaces do not pay for guarding its strings.
+    [[gnu::noinline]] Bindings::iterator bindUnused(BindingCache::Place place,
+                                                    const std::u16string& namespaceUri,
+                                                    const std::u16string& prefix);
     /// Queues the declaration of @p namespaceUri and marks @p prefix as used.
     void queueDeclaration(const std::u16string& namespaceUri, const std::u16string& prefix);
     void endBinding(const std::u16string& namespaceUri);
