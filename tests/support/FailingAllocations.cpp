@@ -50,7 +50,7 @@ long allocatedBlocks()
 
 using namespace tarn::tests;
 
-#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__) || defined(__clang__)
+#if IS_SANITIZED
 
 // The sanitizers have a malloc of their own.
 

@@ -197,7 +197,7 @@ TEST(Json2xml, LimitsTheDepth)
     EXPECT_EQ(run({"--max-depth", "2500"}, nested(2500)).status, 0);
 }
 
-#ifndef __SANITIZE_ADDRESS__
+#if !IS_SANITIZED
 TEST(Json2xml, NeedsNoMoreMemoryForAMillionRecords)
 {
     constexpr long LIMIT_IN_KILOBYTES = 40'000;
