@@ -1,26 +1,19 @@
-// The namespace bindings in scope, with a short way to those that were used before.
+// A short way to the namespace bindings that were used before.
 #pragma once
-
-#include "tarn/xml/Spares.hpp"
 
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
 #include <map>
 #include <string>
-#include <utility>
 #include <vector>
 
 namespace tarn::utils {
 
-/// Finds, adds and removes entries of a map from namespace names to prefixes, if it can without
-/// searching it.
+/// Finds entries of a map from namespace names to prefixes without searching it.
 ///
 /// Most names that a document writes are in a namespace that it has used before. Namespace names
 /// are long and begin alike, so that each step of a search compares many code units in vain.
-///
-/// The nodes of the last few entries that were removed are kept with their names. Such a name is
-/// not bound, which is known without a search, and often bound again on the next element.
 class BindingCache
 {
 public:
@@ -28,14 +21,11 @@ public:
 
     explicit BindingCache(Bindings& bindings) : bindings(bindings) {}
 
-    /// What is known of a namespace name.
+    /// Where a namespace name stands in the map, or would stand.
     struct Place
     {
-        /// Where it stands in the map or, unless its entry was kept, would stand.
         Bindings::iterator position;
         bool isBound;
-        /// Whether the next node to be used again has this name.
-        bool isKept;
     };
 
     Place find(const std::u16string& namespaceUri)
@@ -45,52 +35,23 @@ public:
         }
         Bindings::iterator& slot = slotOf(namespaceUri);
         if (slot != bindings.end() && same(slot->first, namespaceUri)) {
-            return {slot, true, false};
-        }
-        if (removed.bringUp([&](const Node& node) { return same(node.key(), namespaceUri); })) {
-            return {bindings.end(), false, true};
+            return {slot, true};
         }
         const auto position = bindings.lower_bound(namespaceUri);
         if (position == bindings.end() || !same(position->first, namespaceUri)) {
-            return {position, false, false};
+            return {position, false};
         }
         slot = position;
-        return {position, true, false};
+        return {position, true};
     }
 
-    /// Adds an entry.
-    /// @param place what the last search has said of @p namespaceUri: not bound.
-    Bindings::iterator add(Place place, const std::u16string& namespaceUri,
-                           const std::u16string& prefix)
-    {
-        Bindings::iterator added;
-        if (Node node = removed.take(); node.empty()) {
-            added = bindings.emplace_hint(place.position, namespaceUri, prefix);
-        } else {
-            node.mapped() = prefix;
-            if (place.isKept) {
-                added = bindings.insert(std::move(node)).position;
-            } else {
-                node.key() = namespaceUri;
-                added = bindings.insert(place.position, std::move(node));
-            }
-        }
-        slotOf(namespaceUri) = added;
-        return added;
-    }
+    /// To be called when @p binding has been added to the map, after a search for it.
+    void remember(Bindings::iterator binding) { slotOf(binding->first) = binding; }
 
-    void remove(Bindings::iterator binding)
-    {
-        Bindings::iterator& slot = slotOf(binding->first);
-        if (slot == binding) {
-            slot = bindings.end();
-        }
-        removed.put(bindings.extract(binding));
-    }
+    /// To be called before @p binding is removed from the map.
+    void forget(Bindings::iterator binding) { slotOf(binding->first) = bindings.end(); }
 
 private:
-    using Node = Bindings::node_type;
-
     static constexpr unsigned INDEX_BITS = 7;
     static constexpr std::size_t SLOTS = std::size_t{1} << INDEX_BITS;
 
@@ -118,7 +79,6 @@ private:
     /// Each is the binding last looked for under its index, or the map's end. None before the first
     /// search: many a document uses no namespace.
     std::vector<Bindings::iterator> slots;
-    Spares<Node, 4> removed;
 };
 
 } // namespace tarn::utils

@@ -23,20 +23,6 @@ public:
     /// Hands out the object that was kept last, with what it held; an empty one if none is left.
     Object take() noexcept { return count > 0 ? std::move(objects[--count]) : Object(); }
 
-    /// Makes an object that @p isWanted approves of the next one to be taken.
-    /// @returns whether there is one.
-    template <class IsWanted>
-    bool bringUp(IsWanted isWanted) noexcept
-    {
-        for (std::size_t i = 0; i < count; ++i) {
-            if (isWanted(objects[i])) {
-                std::swap(objects[i], objects[count - 1]);
-                return true;
-            }
-        }
-        return false;
-    }
-
 private:
     std::array<Object, CAPACITY> objects;
     std::size_t count = 0;

@@ -170,15 +170,14 @@ void XmlWriter::Impl::processDeferredRegistrations()
 {
     std::vector<std::u16string>& declared = elementStack.back().declaredNamespaces;
     while (!pendingRegistrations.empty()) {
-        const BindingCache::Place place = bindingCache.find(pendingRegistrations.front());
-        if (!place.isBound) {
+        const auto [binding, isBound] = bindingCache.find(pendingRegistrations.front());
+        if (!isBound) {
             pendingRegistrations.pop_front();
             continue;
         }
         declared.push_back(std::move(pendingRegistrations.front()));
         pendingRegistrations.pop_front();
-        output.write(BLANK, qualify(place.position->second, XMLNS_NAMESPACE, XMLNS_PREFIX),
-                     VALUE_START);
+        output.write(BLANK, qualify(binding->second, XMLNS_NAMESPACE, XMLNS_PREFIX), VALUE_START);
         state = State::AttributeOpen;
         writeEscaped(declared.back(), declared.back().size());
         output.write(DOUBLE_QUOTE);
@@ -241,7 +240,14 @@ XmlWriter::Impl::Bindings::iterator XmlWriter::Impl::bind(BindingCache::Place pl
                                                           const std::u16string& namespaceUri,
                                                           const std::u16string& prefix)
 {
-    const auto binding = bindingCache.add(place, namespaceUri, prefix);
+    Bindings::node_type node = spareBindings.take();
+    if (!node.empty()) {
+        node.key() = namespaceUri;
+        node.mapped() = prefix;
+    }
+    const auto binding = node.empty() ? prefixMap.emplace_hint(place.position, namespaceUri, prefix)
+                                      : prefixMap.insert(place.position, std::move(node));
+    bindingCache.remember(binding);
     queueDeclaration(namespaceUri, prefix);
     return binding;
 }
@@ -263,10 +269,11 @@ void XmlWriter::Impl::queueDeclaration(const std::u16string& namespaceUri,
 
 void XmlWriter::Impl::endBinding(const std::u16string& namespaceUri)
 {
-    const BindingCache::Place place = bindingCache.find(namespaceUri);
-    if (place.isBound) {
-        sparePrefixes.put(usedPrefixes.extract(place.position->second));
-        bindingCache.remove(place.position);
+    const auto [binding, isBound] = bindingCache.find(namespaceUri);
+    if (isBound) {
+        bindingCache.forget(binding);
+        sparePrefixes.put(usedPrefixes.extract(binding->second));
+        spareBindings.put(prefixMap.extract(binding));
     }
 }
 

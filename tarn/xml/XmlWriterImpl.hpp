@@ -128,6 +128,7 @@ private:
     PieceOutput output;
     BindingCache bindingCache;
     Spares<StackItem, 4> spareItems;
+    Spares<Bindings::node_type, 4> spareBindings;
     Spares<std::set<std::u16string>::node_type, 4> sparePrefixes;
     Spares<std::u16string, 4> spareNames;
 };
