@@ -8,6 +8,7 @@
 #include <algorithm>
 #include <array>
 #include <atomic>
+#include <exception>
 #include <iostream>
 #include <mutex>
 #include <stdexcept>
@@ -31,13 +32,13 @@ public:
             throw std::length_error("a crash note has 80 UTF-16 code units at most");
         }
         const std::lock_guard lock(mutex);
-        const auto free = std::find_if(notes.begin(), notes.end(), isFree);
+        const Notes::iterator free = std::find_if(notes.begin(), notes.end(), isFree);
         if (free == notes.end()) {
             throw std::length_error("no room for another crash note");
         }
         free->key.assign(key);
         free->value.assign(value);
-        const auto old = find(key);
+        const Notes::iterator old = find(key);
         free->isSet = true; // From here on a report can read it.
         if (old != notes.end()) {
             old->isSet = false;
@@ -47,7 +48,7 @@ public:
     void removeCrashData(const std::u16string& key) override
     {
         const std::lock_guard lock(mutex);
-        const auto old = find(key);
+        const Notes::iterator old = find(key);
         if (old != notes.end()) {
             old->isSet = false;
         }
@@ -157,14 +158,19 @@ private:
 
 int main()
 {
-    CrashNotes notes;
-    EventLog log(std::cout, &notes);
-    notes.setCrashData(u"step", u"reading tracks");
-    log.add(u"2026-11-24T09:15:02Z", u"info", u"opened \"tracks & waypoints\"");
-    log.add(u"2026-11-24T09:15:03Z", u"warning", u"3 < 5 points\tin segment \u2116\u00A07");
-    notes.removeCrashData(u"step");
-    log.add(u"2026-11-24T09:15:04Z", u"error", u"bad header: \x01\x02\x1B[31mRIFF");
-    log.addReport(notes);
-    log.close();
+    try {
+        CrashNotes notes;
+        EventLog log(std::cout, &notes);
+        notes.setCrashData(u"step", u"reading tracks");
+        log.add(u"2026-11-24T09:15:02Z", u"info", u"opened \"tracks & waypoints\"");
+        log.add(u"2026-11-24T09:15:03Z", u"warning", u"3 < 5 points\tin segment \u2116\u00A07");
+        notes.removeCrashData(u"step");
+        log.add(u"2026-11-24T09:15:04Z", u"error", u"bad header: \x01\x02\x1B[31mRIFF");
+        log.addReport(notes);
+        log.close();
+    } catch (const std::exception& error) {
+        std::cerr << "event_log: " << error.what() << '\n';
+        return 1;
+    }
     return std::cout ? 0 : 1;
 }

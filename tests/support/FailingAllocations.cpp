@@ -1,6 +1,7 @@
 #include "support/FailingAllocations.hpp"
 
 #include <atomic>
+#include <cerrno>
 #include <cstdlib>
 
 namespace tarn::tests {
@@ -92,6 +93,9 @@ void* failed() noexcept
 
 } // namespace
 
+// Names of their own for parameters, which the C library gives reserved ones.
+// NOLINTBEGIN(readability-inconsistent-declaration-parameter-name)
+
 extern "C" void* malloc(std::size_t size) noexcept
 {
     return FailingAllocation::isDue() ? failed() : counted(__libc_malloc(size));
@@ -121,5 +125,7 @@ extern "C" void free(void* block) noexcept
     uncount(block);
     __libc_free(block);
 }
+
+// NOLINTEND(readability-inconsistent-declaration-parameter-name)
 
 #endif
