@@ -5,7 +5,6 @@
 #include <tarn/utils/num_to_string.hpp>
 #include <tarn/xml/XmlWriter.hpp>
 
-#include <algorithm>
 #include <array>
 #include <atomic>
 #include <exception>
@@ -32,15 +31,15 @@ public:
             throw std::length_error("a crash note has 80 UTF-16 code units at most");
         }
         const std::lock_guard lock(mutex);
-        const Notes::iterator free = std::find_if(notes.begin(), notes.end(), isFree);
-        if (free == notes.end()) {
+        Note* const free = findFree();
+        if (free == nullptr) {
             throw std::length_error("no room for another crash note");
         }
         free->key.assign(key);
         free->value.assign(value);
-        const Notes::iterator old = find(key);
+        Note* const old = find(key);
         free->isSet = true; // From here on a report can read it.
-        if (old != notes.end()) {
+        if (old != nullptr) {
             old->isSet = false;
         }
     }
@@ -48,8 +47,8 @@ public:
     void removeCrashData(const std::u16string& key) override
     {
         const std::lock_guard lock(mutex);
-        const Notes::iterator old = find(key);
-        if (old != notes.end()) {
+        Note* const old = find(key);
+        if (old != nullptr) {
             old->isSet = false;
         }
     }
@@ -85,18 +84,28 @@ private:
         std::atomic<bool> isSet = false;
     };
 
-    using Notes = std::array<Note, 8>; // One of them stays free, for a value to be replaced.
-
-    static bool isFree(const Note& note) { return !note.isSet; }
-
-    Notes::iterator find(std::u16string_view key)
+    Note* find(std::u16string_view key)
     {
-        return std::find_if(notes.begin(), notes.end(),
-                            [&](const Note& note) { return note.isSet && note.key.view() == key; });
+        for (Note& note : notes) {
+            if (note.isSet && note.key.view() == key) {
+                return &note;
+            }
+        }
+        return nullptr;
     }
 
-    std::mutex mutex; // Of those who write.
-    Notes notes;
+    Note* findFree()
+    {
+        for (Note& note : notes) {
+            if (!note.isSet) {
+                return &note;
+            }
+        }
+        return nullptr;
+    }
+
+    std::mutex mutex;          // Of those who write.
+    std::array<Note, 8> notes; // One of them stays free, for a value to be replaced.
 };
 
 /// Text is handed to a stream in batches and by `writeEndDocument`, which ends every open element.
