@@ -3,7 +3,8 @@
 //
 // The file is read and its bundles go into a registry of their own, as an installation would do
 // with the one of the process. That one only grows, and would remember the inputs before.
-#include "fuzz/Input.hpp"
+#include "fuzz/Require.hpp"
+#include "support/Input.hpp"
 #include "support/Zip.hpp"
 
 #include <cppmicroservices/BundleRegistry.hpp>
@@ -19,6 +20,8 @@
 namespace tarn::fuzz {
 
 namespace {
+
+using tests::Input;
 
 /// An archive that says of its entries what is true but for a few lies.
 std::string makeArchive(Input input)

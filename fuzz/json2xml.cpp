@@ -1,6 +1,6 @@
 // Any bytes as the input of json2xml: what is JSON becomes XML that says the same, and what becomes
 // of an input does not depend on the blocks that it comes in.
-#include "fuzz/Input.hpp"
+#include "fuzz/Require.hpp"
 #include "tests/tools/json2xml/Outline.hpp"
 #include "tools/json2xml/Conversion.hpp"
 

@@ -1,7 +1,8 @@
 // Any sequence of calls: the three targets hold what the reference writer says, and on the text
 // that was written every vector kernel does what its portable twin does.
-#include "fuzz/Input.hpp"
+#include "fuzz/Require.hpp"
 #include "support/Calls.hpp"
+#include "support/Input.hpp"
 #include "support/ReferenceUtf8.hpp"
 #include "support/ReferenceWriter.hpp"
 
@@ -16,6 +17,8 @@
 namespace tarn::fuzz {
 
 namespace {
+
+using tests::Input;
 
 using tests::Call;
 using tests::Calls;

@@ -1,23 +1,12 @@
-// What the fuzz targets share: reading an input as choices and texts, and reporting a fault.
+// Bytes read as choices and texts: of a fuzzer, or random ones.
 #pragma once
 
 #include <algorithm>
 #include <cstdint>
-#include <cstdio>
-#include <cstdlib>
 #include <span>
 #include <string>
 
-namespace tarn::fuzz {
-
-/// Says what is wrong and ends the program, which makes libFuzzer keep the input.
-inline void require(bool holds, const std::string& otherwise)
-{
-    if (!holds) {
-        std::fprintf(stderr, "FAULT: %s\n", otherwise.c_str());
-        std::abort();
-    }
-}
+namespace tarn::tests {
 
 /// The bytes of an input, read as choices and texts; zeros after their end.
 class Input
@@ -73,4 +62,4 @@ private:
     std::size_t repetitionsLeft = 20'000;
 };
 
-} // namespace tarn::fuzz
+} // namespace tarn::tests

@@ -1,0 +1,19 @@
+// Reporting a fault to libFuzzer.
+#pragma once
+
+#include <cstdio>
+#include <cstdlib>
+#include <string>
+
+namespace tarn::fuzz {
+
+/// Says what is wrong and ends the program, which makes libFuzzer keep the input.
+inline void require(bool holds, const std::string& otherwise)
+{
+    if (!holds) {
+        std::fprintf(stderr, "FAULT: %s\n", otherwise.c_str());
+        std::abort();
+    }
+}
+
+} // namespace tarn::fuzz
