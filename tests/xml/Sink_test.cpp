@@ -110,18 +110,6 @@ TEST(StreamSink, InsertsWithFormattingAndFlushesTheStream)
     EXPECT_EQ(stream.width(), 0);
 }
 
-TEST(StreamSink, LeavesTheNoticingOfASilentFailureToTheCaller)
-{
-    std::ostringstream stream;
-    StreamSink sink(stream);
-    stream.setstate(std::ios::badbit);
-    sink.write(u"lost").flush();
-    EXPECT_TRUE(stream.fail());
-    stream.clear();
-    sink.write(u"kept").flush();
-    EXPECT_EQ(stream.view(), "kept");
-}
-
 } // namespace
 
 } // namespace tarn::tests
