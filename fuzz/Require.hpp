@@ -16,4 +16,10 @@ inline void require(bool holds, const std::string& otherwise)
     }
 }
 
+/// As above, if there is anything to say.
+inline void requireNoFault(const std::string& fault)
+{
+    require(fault.empty(), fault);
+}
+
 } // namespace tarn::fuzz

@@ -55,18 +55,16 @@ struct StringTarget
 /// Deep, with many namespaces, long names, replacements and texts of more than one batch.
 Calls longDocument()
 {
-    Calls calls = {startDocument(u"1.1")};
     const std::u16string uri = u"http://example.org/a/name/of/a/namespace/";
-    calls.push_back({Operation::registerDefaultNamespace, {uri}});
+    Calls calls = {startDocument(u"1.1"), registerDefault(uri)};
     for (char16_t level = u'a'; level < u'p'; ++level) {
         calls.push_back(startElement(u"a-long-name-" + std::u16string(20, level),
                                      level % 2 == 0 ? uri : uri + level, u"long-prefix"));
-        calls.push_back({Operation::writeNamespace, {uri + u'/' + level, u"another-prefix"}});
-        calls.push_back(
-            {Operation::writeAttribute, {u"name", uri + u"of/attributes", u"", u"a\x01 & b"}});
+        calls.push_back(namespaceDeclaration(uri + u'/' + level, u"another-prefix"));
+        calls.push_back(attribute(u"name", uri + u"of/attributes", u"", u"a\x01 & b"));
     }
     calls.push_back(value(std::u16string(9000, u'v') + u"<\x02" + std::u16string(9000, u'\u4E2D')));
-    calls.push_back({Operation::writeElement, {u"last", uri + u"last", u"", u"text"}});
+    calls.push_back(element(u"last", uri + u"last", u"", u"text"));
     calls.push_back(endDocument());
     return calls;
 }

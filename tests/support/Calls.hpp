@@ -3,6 +3,7 @@
 
 #include "support/ReferenceUtf8.hpp"
 
+#include <algorithm>
 #include <ostream>
 #include <string>
 #include <vector>
@@ -117,70 +118,36 @@ inline std::ostream& operator<<(std::ostream& stream, const Calls& calls)
     return stream;
 }
 
-// One function for each operation, so that a table of calls reads like the calls themselves.
+/// Makes calls of an operation, so that a table of calls reads like the calls themselves.
+struct CallOf
+{
+    Operation operation;
+    std::size_t fewestArguments;
 
-inline Call startDocument(std::u16string version = u"1.0")
-{
-    return {Operation::writeStartDocument, {std::move(version)}};
-}
-inline Call endDocument()
-{
-    return {Operation::writeEndDocument};
-}
-inline Call rawXml(std::u16string xml)
-{
-    return {Operation::writeRawXml, {std::move(xml)}};
-}
-inline Call value(std::u16string text)
-{
-    return {Operation::writeValue, {std::move(text)}};
-}
-inline Call startElement(std::u16string name, std::u16string uri = u"", std::u16string prefix = u"")
-{
-    return {Operation::writeStartElement, {std::move(name), std::move(uri), std::move(prefix)}};
-}
-inline Call startElementClose()
-{
-    return {Operation::writeStartElementClose};
-}
-inline Call endElement()
-{
-    return {Operation::writeEndElement};
-}
-template <class... Arguments>
-Call element(Arguments... arguments)
-{
-    return {Operation::writeElement, {arguments...}};
-}
-inline Call emptyElement(std::u16string name, std::u16string uri = u"", std::u16string prefix = u"")
-{
-    return {Operation::writeEmptyElement, {std::move(name), std::move(uri), std::move(prefix)}};
-}
-inline Call startAttribute(std::u16string name, std::u16string uri = u"",
-                           std::u16string prefix = u"")
-{
-    return {Operation::writeStartAttribute, {std::move(name), std::move(uri), std::move(prefix)}};
-}
-inline Call endAttribute()
-{
-    return {Operation::writeEndAttribute};
-}
-template <class... Arguments>
-Call attribute(Arguments... arguments)
-{
-    return {Operation::writeAttribute, {arguments...}};
-}
-inline Call namespaceDeclaration(std::u16string uri, std::u16string prefix)
-{
-    return {Operation::writeNamespace, {std::move(uri), std::move(prefix)}};
-}
-inline Call defaultNamespace(std::u16string uri)
-{
-    return {Operation::writeDefaultNamespace, {std::move(uri)}};
-}
-inline Call registerDefault(std::u16string uri)
-{
-    return {Operation::registerDefaultNamespace, {std::move(uri)}};
-}
+    /// Arguments that are left out are empty.
+    template <class... Arguments>
+    Call operator()(const Arguments&... arguments) const
+    {
+        Call call{operation, {arguments...}};
+        call.arguments.resize(std::max(sizeof...(arguments), fewestArguments));
+        return call;
+    }
+};
+
+inline constexpr CallOf startDocument{Operation::writeStartDocument, 1};
+inline constexpr CallOf endDocument{Operation::writeEndDocument, 0};
+inline constexpr CallOf rawXml{Operation::writeRawXml, 1};
+inline constexpr CallOf value{Operation::writeValue, 1};
+inline constexpr CallOf startElement{Operation::writeStartElement, 3};
+inline constexpr CallOf startElementClose{Operation::writeStartElementClose, 0};
+inline constexpr CallOf endElement{Operation::writeEndElement, 0};
+inline constexpr CallOf element{Operation::writeElement, 2};
+inline constexpr CallOf emptyElement{Operation::writeEmptyElement, 3};
+inline constexpr CallOf startAttribute{Operation::writeStartAttribute, 3};
+inline constexpr CallOf endAttribute{Operation::writeEndAttribute, 0};
+inline constexpr CallOf attribute{Operation::writeAttribute, 2};
+inline constexpr CallOf namespaceDeclaration{Operation::writeNamespace, 2};
+inline constexpr CallOf defaultNamespace{Operation::writeDefaultNamespace, 1};
+inline constexpr CallOf registerDefault{Operation::registerDefaultNamespace, 1};
 
 } // namespace tarn::tests

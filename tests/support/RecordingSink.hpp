@@ -1,9 +1,13 @@
-// A sink that keeps every piece that it is handed, and fails when told to.
+// A sink that keeps every piece that it is handed, and fails when told to; the writer over it.
 #pragma once
 
+#include "support/Composed.hpp"
+
 #include <tarn/xml/Sink.hpp>
+#include <tarn/xml/XmlWriterImpl.hpp>
 
 #include <limits>
+#include <memory>
 #include <stdexcept>
 #include <string>
 #include <vector>
@@ -24,6 +28,16 @@ struct Recording
     /// How many more writes succeed.
     std::size_t writesLeft = std::numeric_limits<std::size_t>::max();
 };
+
+/// The pieces as one text, with a line after each.
+inline std::u16string separated(const std::vector<std::u16string>& pieces)
+{
+    std::u16string text;
+    for (const std::u16string& piece : pieces) {
+        text += piece + u'|';
+    }
+    return text;
+}
 
 class RecordingSink : public utils::Sink
 {
@@ -46,6 +60,16 @@ public:
 
 private:
     Recording& recording;
+};
+
+/// The writer's implementation with the operations that the public class adds to it.
+class RecordedWriter : public Composed<utils::XmlWriter::Impl>
+{
+public:
+    explicit RecordedWriter(Recording& recording)
+        : Composed(std::make_unique<RecordingSink>(recording))
+    {
+    }
 };
 
 } // namespace tarn::tests

@@ -1,6 +1,9 @@
 // The writer's behaviour written down as plainly as possible, to compare the fast writer with.
 #pragma once
 
+#include "support/Composed.hpp"
+#include "support/ReferenceUtf8.hpp"
+
 #include <deque>
 #include <map>
 #include <set>
@@ -9,16 +12,18 @@
 
 namespace tarn::tests {
 
-class ReferenceWriter
+class BasicReferenceWriter
 {
 public:
     using Text = std::u16string;
 
-    explicit ReferenceWriter(Text encodingName = u"") : encodingName(encodingName) {}
+    explicit BasicReferenceWriter(const Text& encodingName = u"") : encodingName(encodingName) {}
 
-    /// Everything written so far, in the pieces that a sink sees.
+    /// The pieces that a sink sees.
     std::vector<Text> pieces;
     int flushes = 0;
+    /// What has been converted of them, batch by batch.
+    std::string bytes;
 
     void writeStartDocument(const Text& version)
     {
@@ -36,6 +41,7 @@ public:
             writeEndElement();
         }
         ++flushes;
+        convert();
     }
     void writeRawXml(const Text& xml) { write({xml}); }
     void writeValue(const Text& value)
@@ -44,16 +50,21 @@ public:
             writeStartElementClose();
         }
         Text run;
-        for (const char16_t unit : value) {
-            if (!isSpecial(unit)) {
-                run += unit;
-                continue;
+        const auto endRun = [&] {
+            if (!run.empty()) {
+                write({run});
+                run.clear();
             }
-            writeUnlessEmpty(run);
-            write(replace(unit));
-            run.clear();
+        };
+        for (const char16_t unit : value) {
+            if (isSpecial(unit)) {
+                endRun();
+                write(replacementOf(unit));
+            } else {
+                run += unit;
+            }
         }
-        writeUnlessEmpty(run);
+        endRun();
     }
     void writeStartElement(const Text& localName, const Text& uri, const Text& prefix)
     {
@@ -98,26 +109,6 @@ public:
         inStartTag = false;
         lastWasEnd = true;
     }
-    void writeElement(const Text& localName, const Text& uri, const Text& prefix, const Text& value)
-    {
-        writeStartElement(localName, uri, prefix);
-        writeStartElementClose();
-        writeValue(value);
-        writeEndElement();
-    }
-    void writeElement(const Text& localName, const Text& uri, const Text& value)
-    {
-        writeElement(localName, uri, u"", value);
-    }
-    void writeElement(const Text& localName, const Text& value)
-    {
-        writeElement(localName, u"", u"", value);
-    }
-    void writeEmptyElement(const Text& localName, const Text& uri, const Text& prefix)
-    {
-        writeStartElement(localName, uri, prefix);
-        writeEndElement();
-    }
     void writeStartAttribute(const Text& localName, const Text& uri, const Text& prefix)
     {
         writeEndAttribute();
@@ -134,31 +125,20 @@ public:
             declareQueued();
         }
     }
-    void writeAttribute(const Text& localName, const Text& uri, const Text& prefix,
-                        const Text& value)
-    {
-        writeStartAttribute(localName, uri, prefix);
-        writeValue(value);
-        writeEndAttribute();
-    }
-    void writeAttribute(const Text& localName, const Text& uri, const Text& value)
-    {
-        writeAttribute(localName, uri, u"", value);
-    }
-    void writeAttribute(const Text& localName, const Text& value)
-    {
-        writeAttribute(localName, u"", u"", value);
-    }
     void writeNamespace(const Text& uri, const Text& prefix)
     {
         writeEndAttribute();
         if (inStartTag && !bindings.contains(uri)) {
-            bind(uri, unusedPrefix(prefix));
+            registerPrefix(uri, unusedPrefix(prefix));
             declareQueued();
         }
     }
-    void writeDefaultNamespace(const Text& uri) { writeAttribute(u"xmlns", uri); }
-    void registerDefaultNamespace(const Text& uri) { bind(uri, u""); }
+    void registerPrefix(const Text& uri, const Text& prefix)
+    {
+        bindings.insert({uri, prefix});
+        queue.push_back(uri);
+        used.insert(prefix);
+    }
 
 private:
     struct Element
@@ -169,66 +149,65 @@ private:
 
     static Text indentation(std::size_t depth) { return Text(2 * depth, u' '); }
 
+    static Text digitsOf(unsigned long number)
+    {
+        const std::string digits = std::to_string(number);
+        return {digits.begin(), digits.end()};
+    }
+
     void write(const std::vector<Text>& texts)
     {
-        pieces.insert(pieces.end(), texts.begin(), texts.end());
-    }
-
-    void writeUnlessEmpty(const Text& text)
-    {
-        if (!text.empty()) {
-            write({text});
-        }
-    }
-
-    static bool isSpecial(char16_t unit)
-    {
-        const bool isControl =
-            unit < u' ' && unit != u'\0' && unit != u'\t' && unit != u'\n' && unit != u'\r';
-        return isControl || unit == u'<' || unit == u'>' || unit == u'&' || unit == u'"' ||
-               unit == u'\'';
-    }
-
-    std::vector<Text> replace(char16_t special) const
-    {
-        switch (special) {
-        case u'<':
-            return {u"&lt;"};
-        case u'>':
-            return {u"&gt;"};
-        case u'&':
-            return {u"&amp;"};
-        case u'"':
-            return {u"&quot;"};
-        case u'\'':
-            return {u"&apos;"};
-        }
-        if (isVersion10) {
-            return special == 0x0B ? std::vector<Text>{u" "} : std::vector<Text>{};
-        }
-        const std::string digits = std::to_string(special);
-        return {u"&#", Text(digits.begin(), digits.end()), u";"};
-    }
-
-    Text unusedPrefix(const Text& preferred)
-    {
-        if (!preferred.empty() && !used.contains(preferred)) {
-            return preferred;
-        }
-        for (;;) {
-            const std::string digits = std::to_string(++counter);
-            const Text candidate = u"ns" + Text(digits.begin(), digits.end());
-            if (!used.contains(candidate)) {
-                return candidate;
+        for (const Text& text : texts) {
+            pieces.push_back(text);
+            unconverted += text;
+            const bool endsInHighSurrogate =
+                !unconverted.empty() && (unconverted.back() & 0xFC00) == 0xD800;
+            if (unconverted.size() > 8192 && !endsInHighSurrogate) {
+                convert();
             }
         }
     }
 
-    void bind(const Text& uri, const Text& prefix)
+    void convert()
     {
-        bindings.insert({uri, prefix});
-        queue.push_back(uri);
-        used.insert(prefix);
+        bytes += referenceUtf8(unconverted);
+        unconverted.clear();
+    }
+
+    static bool isSpecial(char16_t unit)
+    {
+        const bool isLayout = unit == u'\t' || unit == u'\n' || unit == u'\r';
+        return (unit > 0 && unit < u' ' && !isLayout) || entities().contains(unit);
+    }
+
+    static const std::map<char16_t, Text>& entities()
+    {
+        static const std::map<char16_t, Text> all = {{u'<', u"&lt;"},
+                                                     {u'>', u"&gt;"},
+                                                     {u'&', u"&amp;"},
+                                                     {u'"', u"&quot;"},
+                                                     {u'\'', u"&apos;"}};
+        return all;
+    }
+
+    std::vector<Text> replacementOf(char16_t special) const
+    {
+        if (const auto entity = entities().find(special); entity != entities().end()) {
+            return {entity->second};
+        }
+        if (isVersion10) {
+            return special == 0x0B ? std::vector<Text>{u" "} : std::vector<Text>{};
+        }
+        return {u"&#", digitsOf(special), u";"};
+    }
+
+    Text unusedPrefix(const Text& preferred)
+    {
+        Text candidate = preferred;
+        while (candidate.empty() || used.contains(candidate)) {
+            candidate = u"ns" + digitsOf(++counter);
+        }
+        return candidate;
     }
 
     Text qualify(const Text& localName, const Text& uri, const Text& preferred)
@@ -237,7 +216,7 @@ private:
             return localName;
         }
         if (!bindings.contains(uri)) {
-            bind(uri, unusedPrefix(preferred));
+            registerPrefix(uri, unusedPrefix(preferred));
         }
         const Text prefix = bindings.at(uri);
         return prefix.empty() ? localName : localName.empty() ? prefix : prefix + u":" + localName;
@@ -245,17 +224,16 @@ private:
 
     void declareQueued()
     {
-        if (queue.empty()) {
-            return;
+        while (!queue.empty()) {
+            const Text uri = queue.front();
+            queue.pop_front();
+            if (bindings.contains(uri)) {
+                elements.back().declared.push_back(uri);
+                writeStartAttribute(bindings.at(uri), u"http://www.w3.org/2000/xmlns/", u"xmlns");
+                writeValue(uri);
+                writeEndAttribute();
+            }
         }
-        const Text uri = queue.front();
-        queue.pop_front();
-        if (!bindings.contains(uri)) {
-            declareQueued();
-            return;
-        }
-        elements.back().declared.push_back(uri);
-        writeAttribute(bindings.at(uri), u"http://www.w3.org/2000/xmlns/", u"xmlns", uri);
     }
 
     Text encodingName;
@@ -269,6 +247,9 @@ private:
     std::set<Text> used;
     std::deque<Text> queue;
     unsigned long counter = 0;
+    Text unconverted;
 };
+
+using ReferenceWriter = Composed<BasicReferenceWriter>;
 
 } // namespace tarn::tests

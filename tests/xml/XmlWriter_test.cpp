@@ -1,9 +1,8 @@
 // Calls and the text that they make, over each target.
 
 #include "support/Calls.hpp"
+#include "support/Difference.hpp"
 #include "support/RecordingSink.hpp"
-#include "support/SameText.hpp"
-#include "support/SinkWriter.hpp"
 
 #include <tarn/xml/XmlWriter.hpp>
 
@@ -36,14 +35,14 @@ std::u16string textOf(const Calls& calls)
 void check(std::initializer_list<Case> cases)
 {
     for (const auto& [calls, text] : cases) {
-        EXPECT_TRUE(sameText(textOf(calls), text)) << calls;
+        EXPECT_EQ(difference(textOf(calls), text), "") << calls;
     }
 }
 
 TEST(XmlWriter, LaysElementsOutOnIndentedLines)
 {
     check({
-        {{startDocument(), startElement(u"a"), startElement(u"b"), value(u"x"), endElement(),
+        {{startDocument(u"1.0"), startElement(u"a"), startElement(u"b"), value(u"x"), endElement(),
           startElement(u"c"), endElement(), endElement(), endDocument()},
          u"<?xml version=\"1.0\"?>\n<a>\n  <b>x</b>\n  <c/>\n</a>"},
         {{startElement(u"a")}, u"\n<a"},
@@ -74,7 +73,7 @@ TEST(XmlWriter, LaysElementsOutOnIndentedLines)
 TEST(XmlWriter, DeclaresTheVersionAndTheEncodingOfTheTarget)
 {
     check({
-        {{startDocument()}, u"<?xml version=\"1.0\"?>"},
+        {{startDocument(u"1.0")}, u"<?xml version=\"1.0\"?>"},
         {{startDocument(u"")}, u"<?xml version=\"\"?>"},
         {{startDocument(u"\"<&")}, u"<?xml version=\"\"<&\"?>"},
     });
@@ -228,8 +227,9 @@ TEST(XmlWriter, ReplacesSpecialCodeUnitsByTheRulesOfTheDeclaredVersion)
                 calls.insert(calls.begin(), startDocument(version));
                 start = u"<?xml version=\"" + std::u16string(version) + u"\"?>" + start;
             }
-            EXPECT_TRUE(sameText(textOf(calls),
-                                 start + expected + u"before" + expected + expected + u"after"))
+            EXPECT_EQ(difference(textOf(calls),
+                                 start + expected + u"before" + expected + expected + u"after"),
+                      "")
                 << "U+" << std::hex << static_cast<unsigned>(unit) << '\n'
                 << calls;
         }
@@ -239,46 +239,17 @@ TEST(XmlWriter, ReplacesSpecialCodeUnitsByTheRulesOfTheDeclaredVersion)
 TEST(XmlWriter, HandsOverEachPieceByItself)
 {
     Recording recording;
-    SinkWriter writer(std::make_unique<RecordingSink>(recording));
+    RecordedWriter writer(recording);
     for (const Call& call :
          {startElement(u"a", u"urn:a", u"p"), attribute(u"k", u"plain"), value(u"a<b\x01"),
           element(u"long-enough-for-the-heap", u""), endElement()}) {
         apply(call, writer);
     }
-    EXPECT_EQ(recording.pieces, (std::vector<std::u16string>{u"\n",
-                                                             u"",
-                                                             u"<",
-                                                             u"p:a",
-                                                             u" ",
-                                                             u"xmlns:p",
-                                                             u"=\"",
-                                                             u"urn:a",
-                                                             u"\"",
-                                                             u" ",
-                                                             u"k",
-                                                             u"=\"",
-                                                             u"plain",
-                                                             u"\"",
-                                                             u">",
-                                                             u"a",
-                                                             u"&lt;",
-                                                             u"b",
-                                                             u"&#",
-                                                             u"1",
-                                                             u";",
-                                                             u"\n",
-                                                             u"  ",
-                                                             u"<",
-                                                             u"long-enough-for-the-heap",
-                                                             u">",
-                                                             u"</",
-                                                             u"long-enough-for-the-heap",
-                                                             u">",
-                                                             u"\n",
-                                                             u"",
-                                                             u"</",
-                                                             u"p:a",
-                                                             u">"}));
+    EXPECT_EQ(
+        difference(separated(recording.pieces),
+                   u"\n||<|p:a| |xmlns:p|=\"|urn:a|\"| |k|=\"|plain|\"|>|a|&lt;|b|&#|1|;|\n|  "
+                   u"|<|long-enough-for-the-heap|>|</|long-enough-for-the-heap|>|\n||</|p:a|>|"),
+        "");
     EXPECT_EQ(recording.flushes, 0);
     writer.writeEndDocument();
     EXPECT_EQ(recording.flushes, 1);
@@ -287,7 +258,7 @@ TEST(XmlWriter, HandsOverEachPieceByItself)
 TEST(XmlWriter, QualifiesNamesAheadOfTheTagThatDeclaresThem)
 {
     Recording recording;
-    SinkWriter writer(std::make_unique<RecordingSink>(recording));
+    RecordedWriter writer(recording);
     const struct
     {
         std::u16string localName;
@@ -317,7 +288,7 @@ TEST(XmlWriter, QualifiesNamesAheadOfTheTagThatDeclaresThem)
 
 TEST(XmlWriter, GoesOnAfterASinkThatFailedAtAnyPiece)
 {
-    const Calls calls = {startDocument(),
+    const Calls calls = {startDocument(u"1.0"),
                          startElement(u"a", u"urn:a"),
                          attribute(u"k", u"urn:b", u"v<w"),
                          namespaceDeclaration(u"urn:c", u"c"),
@@ -326,7 +297,7 @@ TEST(XmlWriter, GoesOnAfterASinkThatFailedAtAnyPiece)
                          endElement()};
     for (std::size_t successes = 0;; ++successes) {
         Recording recording;
-        SinkWriter writer(std::make_unique<RecordingSink>(recording));
+        RecordedWriter writer(recording);
         recording.writesLeft = successes;
         bool failed = false;
         for (const Call& call : calls) {
@@ -407,7 +378,7 @@ TEST(XmlWriter, TakesItsOwnTargetAsAValue)
         std::u16string escaped;
         XmlWriter(escaped).writeValue(before);
         writer.writeValue(text);
-        EXPECT_TRUE(sameText(text, before + escaped));
+        EXPECT_EQ(difference(text, before + escaped), "");
     }
 }
 

@@ -1,27 +1,24 @@
-// The writer over a sink of the test's own.
+// The operations of XmlWriter that are fixed sequences of others.
 #pragma once
 
-#include <tarn/xml/XmlWriterImpl.hpp>
-
-#include <memory>
 #include <string>
 
 namespace tarn::tests {
 
-/// The implementation class with the composite operations that the public class adds to it.
-class SinkWriter : public utils::XmlWriter::Impl
+/// Adds them to a class that has the others.
+template <class Basic>
+class Composed : public Basic
 {
 public:
     using Text = std::u16string;
-
-    explicit SinkWriter(std::unique_ptr<utils::Sink> sink) : Impl(std::move(sink)) {}
+    using Basic::Basic;
 
     void writeElement(const Text& localName, const Text& uri, const Text& prefix, const Text& value)
     {
-        writeStartElement(localName, uri, prefix);
-        writeStartElementClose();
-        writeValue(value);
-        writeEndElement();
+        this->writeStartElement(localName, uri, prefix);
+        this->writeStartElementClose();
+        this->writeValue(value);
+        this->writeEndElement();
     }
     void writeElement(const Text& localName, const Text& uri, const Text& value)
     {
@@ -33,15 +30,15 @@ public:
     }
     void writeEmptyElement(const Text& localName, const Text& uri, const Text& prefix)
     {
-        writeStartElement(localName, uri, prefix);
-        writeEndElement();
+        this->writeStartElement(localName, uri, prefix);
+        this->writeEndElement();
     }
     void writeAttribute(const Text& localName, const Text& uri, const Text& prefix,
                         const Text& value)
     {
-        writeStartAttribute(localName, uri, prefix);
-        writeValue(value);
-        writeEndAttribute();
+        this->writeStartAttribute(localName, uri, prefix);
+        this->writeValue(value);
+        this->writeEndAttribute();
     }
     void writeAttribute(const Text& localName, const Text& uri, const Text& value)
     {
@@ -52,7 +49,7 @@ public:
         writeAttribute(localName, u"", u"", value);
     }
     void writeDefaultNamespace(const Text& uri) { writeAttribute(u"xmlns", uri); }
-    void registerDefaultNamespace(const Text& uri) { registerPrefix(uri, u""); }
+    void registerDefaultNamespace(const Text& uri) { this->registerPrefix(uri, u""); }
 };
 
 } // namespace tarn::tests
