@@ -99,7 +99,7 @@ void check(std::string_view bytes)
                                           inSmallBlocks.xml);
     if (outcome.error.empty()) {
         const std::string outline = json2xml::test::outlineOfXml(outcome.xml);
-        require(outline != "not well-formed", outcome.xml);
+        require(outline.starts_with('<'), outline + outcome.xml);
         if (isPlainJson(bytes)) {
             const std::string expected =
                 replaceForbidden(json2xml::test::outlineOfJson(std::string(bytes)));

@@ -25,24 +25,15 @@ inline Call readCall(Input& input)
         Operation operation;
         std::string_view arguments;
     } FORMS[] = {
-        {Operation::writeStartElement, "nup"},
-        {Operation::writeEndElement, ""},
-        {Operation::writeAttribute, "nupt"},
-        {Operation::writeAttribute, "nut"},
-        {Operation::writeAttribute, "nt"},
-        {Operation::writeValue, "t"},
-        {Operation::writeElement, "nupt"},
-        {Operation::writeElement, "nut"},
-        {Operation::writeElement, "nt"},
-        {Operation::writeEmptyElement, "nup"},
-        {Operation::writeStartAttribute, "nup"},
-        {Operation::writeEndAttribute, ""},
-        {Operation::writeStartElementClose, ""},
-        {Operation::writeNamespace, "up"},
-        {Operation::writeDefaultNamespace, "u"},
-        {Operation::registerDefaultNamespace, "u"},
-        {Operation::writeRawXml, "t"},
-        {Operation::writeStartDocument, "v"},
+        {Operation::writeStartElement, "nup"},   {Operation::writeEndElement, ""},
+        {Operation::writeAttribute, "nupt"},     {Operation::writeAttribute, "nut"},
+        {Operation::writeAttribute, "nt"},       {Operation::writeValue, "t"},
+        {Operation::writeElement, "nupt"},       {Operation::writeElement, "nut"},
+        {Operation::writeElement, "nt"},         {Operation::writeEmptyElement, "nup"},
+        {Operation::writeStartAttribute, "nup"}, {Operation::writeEndAttribute, ""},
+        {Operation::writeStartElementClose, ""}, {Operation::writeNamespace, "up"},
+        {Operation::writeDefaultNamespace, "u"}, {Operation::registerDefaultNamespace, "u"},
+        {Operation::writeRawXml, "t"},           {Operation::writeStartDocument, "v"},
         {Operation::writeEndDocument, ""},
     };
     constexpr std::size_t FREQUENT = 6;
@@ -93,8 +84,7 @@ inline std::string faultOfCalls(Input input, Calls& calls)
     for (bool isLast = false; !isLast;) {
         isLast = input.isEmpty();
         constexpr std::size_t LONGEST_OWN_TEXT = 5000;
-        const bool isOwnText =
-            !isLast && input.below(32) == 0 && units.size() < LONGEST_OWN_TEXT;
+        const bool isOwnText = !isLast && input.below(32) == 0 && units.size() < LONGEST_OWN_TEXT;
         calls.push_back(isLast ? endDocument() : isOwnText ? value(units) : readCall(input));
         if (isOwnText) {
             // The very string that the writer appends to.

@@ -1,17 +1,16 @@
-// The outline of a document: what it says, on one line, whether it is in JSON or in XML.
-//
-// A map is `{key=value, ...}` and an array `[value, ...]`; a string stands in `<` and `>`, and
-// other values as they are in JSON.
+// What JSON says, in the form of outlineOfXml().
 #pragma once
+
+#include "support/XmlOutline.hpp"
 
 #include <string>
 
 namespace json2xml::test {
 
-/// By libxml2; checks namespaces and that no element or attribute is there that should not be.
-std::string outlineOfXml(const std::string& xml);
+using tarn::tests::outlineOfXml;
 
-/// By RapidJSON, for numbers that a `double` can hold.
+/// The outline of what json2xml is to make of @p json, by RapidJSON. It may not hold characters
+/// that XML does not allow.
 std::string outlineOfJson(const std::string& json);
 
 } // namespace json2xml::test

@@ -1,0 +1,71 @@
+// What a document says, by libxml2.
+#pragma once
+
+#include <libxml/parser.h>
+#include <memory>
+#include <string>
+
+namespace tarn::tests {
+
+namespace detail {
+
+inline std::string toString(const xmlChar* text)
+{
+    return text != nullptr ? reinterpret_cast<const char*>(text) : "";
+}
+
+inline std::string outlineOfName(const xmlNs* space, const xmlChar* name)
+{
+    return '{' + (space != nullptr ? toString(space->href) : "") + '}' + toString(name);
+}
+
+inline void outlineNodes(const xmlNode* node, std::string& outline)
+{
+    for (; node != nullptr; node = node->next) {
+        if (node->type == XML_TEXT_NODE) {
+            outline += toString(node->content);
+        } else if (node->type != XML_ELEMENT_NODE) {
+            outline += "<!>";
+        } else {
+            outline += '<' + outlineOfName(node->ns, node->name);
+            for (const xmlNs* space = node->nsDef; space != nullptr; space = space->next) {
+                outline += " xmlns=" + outlineOfName(space, nullptr);
+            }
+            for (const xmlAttr* each = node->properties; each != nullptr; each = each->next) {
+                outline += ' ' + outlineOfName(each->ns, each->name) + "=\"";
+                outlineNodes(each->children, outline);
+                outline += '"';
+            }
+            outline += '>';
+            outlineNodes(node->children, outline);
+            outline += "</>";
+        }
+    }
+}
+
+} // namespace detail
+
+/// What @p xml says, prefixes aside: `<{URI}NAME xmlns={URI} {URI}NAME="VALUE">` for a start tag,
+/// `</>` for an end tag, `<!>` for a comment or a processing instruction.
+/// @returns instead, if it is not well-formed with regard to namespaces too, what is wrong; this
+/// does not begin with `<`.
+inline std::string outlineOfXml(const std::string& xml)
+{
+    const std::unique_ptr<xmlParserCtxt, decltype(&xmlFreeParserCtxt)> parser(xmlNewParserCtxt(),
+                                                                              xmlFreeParserCtxt);
+    constexpr int OPTIONS = XML_PARSE_NOENT | XML_PARSE_NOCDATA | XML_PARSE_HUGE | XML_PARSE_NONET |
+                            XML_PARSE_NOERROR | XML_PARSE_NOWARNING;
+    const std::unique_ptr<xmlDoc, decltype(&xmlFreeDoc)> document(
+        xmlCtxtReadMemory(parser.get(), xml.data(), static_cast<int>(xml.size()), nullptr, nullptr,
+                          OPTIONS),
+        xmlFreeDoc);
+    if (document == nullptr || parser->wellFormed != 1 || parser->nsWellFormed != 1) {
+        return std::string("not well-formed: ") +
+               (parser->lastError.message != nullptr ? parser->lastError.message : "");
+    }
+    std::string outline;
+    detail::outlineNodes(xmlDocGetRootElement(document.get()), outline);
+    return outline;
+}
+
+} // namespace tarn::tests
