@@ -17,11 +17,11 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t siz
         for (const std::u16string& argument : call.arguments) {
             // An encoder may stop at each code unit, and needs room for all the rest each time.
             constexpr std::size_t LONGEST_TEXT = 400;
-            const auto text = tests::GuardedBuffer<char16_t>::endingAtGuard(
-                std::u16string_view(argument).substr(0, LONGEST_TEXT));
+            const tests::GuardedText text(std::u16string_view(argument).substr(0, LONGEST_TEXT));
             // So little room that the copy stops in between.
             const std::size_t room = utils::ESCAPING_MARGIN + argument.size() % 256;
-            fuzz::requireNoFault(tests::faultOfEscaping(text.view(), room));
+            tests::GuardedText output(std::u16string(room, u'-'));
+            fuzz::requireNoFault(tests::faultOfEscaping(text.view(), output));
             for (const Utf8Encoder encoder :
                  {encode_utf8_portable, utf8_encoder_for_ssse3(), utf8_encoder_for_avx512()}) {
                 if (encoder != nullptr) {
