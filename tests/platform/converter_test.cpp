@@ -35,12 +35,7 @@ TEST(Converter, TakesTheNameOfUtf8InAnyCaseAndNamesAnyOther)
 
 TEST(Converter, ReplacesOrReportsEachUnpairedSurrogate)
 {
-    const struct
-    {
-        std::u16string text;
-        std::string replaced;
-        std::string position;
-    } cases[] = {
+    const std::tuple<std::u16string, std::string, std::string> cases[] = {
         {u"\xD800", "\uFFFD", "0"},
         {u"a\xDC00", "a\uFFFD", "1"},
         {u"\xD800\xD800", "\uFFFD\uFFFD", "0"},

@@ -11,11 +11,7 @@ using namespace corda::filesystem;
 
 TEST(MakeNativeForm, WritesAPathInItsShortestForm)
 {
-    const struct
-    {
-        std::u16string path;
-        std::u16string shortest;
-    } cases[] = {
+    const std::pair<std::u16string, std::u16string> cases[] = {
         {u"", u""},
         {u"/", u"/"},
         {u"//", u"/"},

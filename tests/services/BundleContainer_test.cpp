@@ -161,11 +161,7 @@ TEST(BundleContainer, InstallsADirectoryInTheOrderOfItsFiles)
 TEST(BundleContainer, InstallsNothingOfADirectoryWithABadFile)
 {
     const Directory directory;
-    const struct
-    {
-        std::string name;
-        std::string contents;
-    } cases[] = {
+    const std::pair<std::string, std::string> cases[] = {
         {"cut.zip", bundleZip("cut").substr(0, 60)},
         {"cut.so", readFile(SHARED_LIBRARY) + bundleZip("cut").substr(0, 60)},
         {"damaged.zip", zip({{"damaged/manifest.json", "{}"}})},
@@ -200,11 +196,7 @@ TEST(BundleContainer, SaysWhatIsWrongWithAFile)
     directoryDamaged[good.rfind("PK\1\2")] = 'Q';
     std::string entryDamaged = good;
     entryDamaged[good.find("symbolic")] = 'S';
-    const struct
-    {
-        std::string contents;
-        std::string problem;
-    } cases[] = {
+    const std::pair<std::string, std::string> cases[] = {
         {"", "the file holds no bundle"},
         {"text", "the file holds no bundle"},
         {zip({}), "the file holds no bundle"},
@@ -304,11 +296,7 @@ TEST(BundleContainer, TakesPathsOfEveryKindAndRefusesWhatIsNone)
               install(deep + "long.zip"));
 
     const std::u16string base = utf16(directory / "");
-    const struct
-    {
-        std::u16string path;
-        std::string problem;
-    } cases[] = {
+    const std::pair<std::u16string, std::string> cases[] = {
         {base + u"missing.zip", directory / "missing.zip: No such file or directory"},
         {base + std::u16string(300, u'x'), "File name too long"},
         {u"/dev/null", "/dev/null: neither a file nor a directory"},

@@ -11,8 +11,8 @@
 
 namespace tarn::tests {
 
-/// Searches @p text and copies it to @p output, from end to end where it lies. Where the copy stops,
-/// the next one begins.
+/// Searches @p text and copies it to @p output, from end to end where it lies. Where the copy
+/// stops, the next one begins.
 /// @returns what a kernel does wrong; nothing if all is as it should be.
 inline std::string faultOfEscaping(std::u16string_view text, GuardedText& output)
 {

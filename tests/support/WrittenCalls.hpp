@@ -20,11 +20,7 @@ inline Call readCall(Input& input)
 {
     // The arguments are names, namespace names, prefixes, texts and versions. The operations that
     // make sequences go deep come first, to be taken more often.
-    static constexpr struct
-    {
-        Operation operation;
-        std::string_view arguments;
-    } FORMS[] = {
+    static constexpr std::pair<Operation, std::string_view> FORMS[] = {
         {Operation::writeStartElement, "nup"},   {Operation::writeEndElement, ""},
         {Operation::writeAttribute, "nupt"},     {Operation::writeAttribute, "nut"},
         {Operation::writeAttribute, "nt"},       {Operation::writeValue, "t"},

@@ -11,11 +11,7 @@ using tarn::utils::num_to_string;
 
 TEST(NumToString, WritesEveryDigitOnce)
 {
-    const struct
-    {
-        unsigned long value;
-        std::u16string text;
-    } cases[] = {
+    const std::pair<unsigned long, std::u16string> cases[] = {
         {0, u"0"},
         {9, u"9"},
         {10, u"10"},

@@ -8,7 +8,10 @@
 
 #include <gtest/gtest.h>
 
+#include <iomanip>
+#include <numeric>
 #include <sstream>
+#include <vector>
 
 namespace tarn::tests {
 
@@ -199,40 +202,24 @@ TEST(XmlWriter, DeclaresRegisteredNamespacesOnTheNextStartTag)
 
 TEST(XmlWriter, ReplacesSpecialCodeUnitsByTheRulesOfTheDeclaredVersion)
 {
-    for (const auto& [declared, version] :
-         {std::pair{false, u""}, {true, u"1.0"}, {true, u"1.1"}, {true, u"1.00"}}) {
-        for (char16_t unit = 0; unit < 0x100; ++unit) {
-            std::u16string expected(1, unit);
-            const bool isLayout = unit == u'\t' || unit == u'\n' || unit == u'\r';
-            if (unit > 0 && unit < 0x20 && !isLayout) {
-                const std::string digits = std::to_string(unit);
-                expected = std::u16string_view(version) != u"1.0"
-                               ? u"&#" + std::u16string(digits.begin(), digits.end()) + u";"
-                           : unit == 0x0B ? u" "
-                                          : u"";
-            }
-            for (const auto& [markup, entity] : {std::pair{u'<', u"&lt;"},
-                                                 {u'>', u"&gt;"},
-                                                 {u'&', u"&amp;"},
-                                                 {u'"', u"&quot;"},
-                                                 {u'\'', u"&apos;"}}) {
-                if (unit == markup) {
-                    expected = entity;
-                }
-            }
-            Calls calls = {startElement(u"e"), startElementClose(), value(std::u16string(1, unit)),
-                           value(u"before" + std::u16string(2, unit) + u"after")};
-            std::u16string start = u"\n<e>";
-            if (declared) {
-                calls.insert(calls.begin(), startDocument(version));
-                start = u"<?xml version=\"" + std::u16string(version) + u"\"?>" + start;
-            }
-            EXPECT_EQ(difference(textOf(calls),
-                                 start + expected + u"before" + expected + expected + u"after"),
-                      "")
-                << "U+" << std::hex << static_cast<unsigned>(unit) << '\n'
-                << calls;
+    std::u16string text(0x100, u'\0');
+    std::iota(text.begin(), text.end(), u'\0');
+    const std::u16string others = text.substr(u'?');
+    const std::u16string_view markup = u" !&quot;#$%&amp;&apos;()*+,-./0123456789:;&lt;=&gt;";
+    const std::u16string_view referenced =
+        u"&#1;&#2;&#3;&#4;&#5;&#6;&#7;&#8;\t\n&#11;&#12;\r&#14;&#15;&#16;&#17;&#18;&#19;&#20;&#21;&"
+        u"#22;&#23;&#24;&#25;&#26;&#27;&#28;&#29;&#30;&#31;";
+    for (const auto& [version, controls] : {std::pair(u"", referenced),
+                                            {u"1.0", u"\t\n \r"},
+                                            {u"1.1", referenced},
+                                            {u"1.00", referenced}}) {
+        Calls calls = {value(text)};
+        std::u16string expected = std::u16string(1, u'\0').append(controls).append(markup) + others;
+        if (*version != u'\0') {
+            calls.insert(calls.begin(), startDocument(version));
+            expected.insert(0, textOf({calls.front()}));
         }
+        EXPECT_EQ(difference(textOf(calls), expected), "") << calls;
     }
 }
 
@@ -326,12 +313,12 @@ TEST(XmlWriter, GoesOnAfterASinkThatFailedAtAnyPiece)
     }
 }
 
-TEST(XmlWriter, EmptiesAStringAtOnceAndAddsToAStream)
+TEST(XmlWriter, EmptiesAStringAtOnceAndInsertsIntoAStream)
 {
     std::u16string units = u"old";
     std::string bytes = "old";
     std::ostringstream stream;
-    stream << "old ";
+    stream << "old " << std::setw(5) << std::setfill('*');
     XmlWriter unitsWriter(units);
     XmlWriter bytesWriter(bytes);
     XmlWriter streamWriter(stream);
@@ -339,7 +326,52 @@ TEST(XmlWriter, EmptiesAStringAtOnceAndAddsToAStream)
     EXPECT_TRUE(bytes.empty());
     streamWriter.writeRawXml(u"new");
     streamWriter.writeEndDocument();
-    EXPECT_EQ(stream.view(), "old new");
+    EXPECT_EQ(stream.view(), "old **new");
+    // Without text to convert too.
+    stream << std::setw(3);
+    streamWriter.writeEndDocument();
+    EXPECT_EQ(stream.width(), 0);
+    EXPECT_EQ(stream.view(), "old **new***");
+}
+
+TEST(XmlWriter, ConvertsOncePerBatchAtTheEndOfAPiece)
+{
+    const std::pair<std::vector<std::size_t>, std::vector<std::size_t>> cases[] = {
+        {{8192}, {}},
+        {{8192, 0}, {}},
+        {{8192, 1}, {8193}},
+        {{8193}, {8193}},
+        {{20'000}, {20'000}},
+        {{1, 8191, 5000, 3193, 8192}, {13'192, 11'385}},
+        {{8000, 200, 8192, 1, 1}, {8200, 8193}},
+    };
+    for (const auto& [pieces, batches] : cases) {
+        std::string bytes;
+        XmlWriter writer(bytes);
+        std::vector<std::size_t> received;
+        for (const std::size_t length : pieces) {
+            const std::size_t before = bytes.size();
+            writer.writeRawXml(std::u16string(length, u'a'));
+            if (bytes.size() > before) {
+                received.push_back(bytes.size() - before);
+            }
+        }
+        EXPECT_EQ(received, batches) << testing::PrintToString(pieces);
+    }
+}
+
+TEST(XmlWriter, KeepsASurrogatePairTogether)
+{
+    std::string bytes;
+    XmlWriter writer(bytes);
+    writer.writeRawXml(std::u16string(8192, u'a') + u"\xD83D");
+    writer.writeRawXml(u"");
+    EXPECT_EQ(bytes, "");
+    writer.writeRawXml(u"\xDE00");
+    EXPECT_TRUE(bytes.ends_with("a\U0001F600"));
+    writer.writeRawXml(u"\xD83D");
+    writer.writeEndDocument();
+    EXPECT_TRUE(bytes.ends_with("a\U0001F600\uFFFD"));
 }
 
 TEST(XmlWriter, LosesWhatIsNotConvertedWhenDestroyed)
@@ -366,20 +398,6 @@ TEST(XmlWriter, MovesWithItsDocument)
     other.writeEndDocument();
     EXPECT_EQ(first, u"\n<a/>");
     EXPECT_EQ(second, u"\n<b");
-}
-
-TEST(XmlWriter, TakesItsOwnTargetAsAValue)
-{
-    std::u16string text;
-    XmlWriter writer(text);
-    writer.writeElement(u"a", u"x");
-    for (int i = 0; i < 5; ++i) {
-        const std::u16string before = text;
-        std::u16string escaped;
-        XmlWriter(escaped).writeValue(before);
-        writer.writeValue(text);
-        EXPECT_EQ(difference(text, before + escaped), "");
-    }
 }
 
 } // namespace

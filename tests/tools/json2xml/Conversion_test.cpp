@@ -110,11 +110,7 @@ TEST(Json2xml, KeepsTheDigitsOfNumbersThatNoDoubleCanHold)
 
 TEST(Json2xml, ReadsTokensAcrossTheEndOfABlock)
 {
-    const struct
-    {
-        std::string token;
-        std::string plain;
-    } cases[] = {
+    const std::pair<std::string, std::string> cases[] = {
         {R"("\ud83d\ude00\udc00\\")", "\"\U0001F600\uFFFD\\\\\""},
         {"\"\xF0\x9F\x98\x80\xC3\xA9\"", "\"\U0001F600\u00E9\""},
         {"-123.456e+78", "-123.456e+78"},
@@ -158,11 +154,7 @@ TEST(Json2xml, ConvertsRealFiles)
 
 TEST(Json2xml, SaysWhatIsWrongAndWhere)
 {
-    const struct
-    {
-        std::string json;
-        std::string problem;
-    } cases[] = {
+    const std::pair<std::string, std::string> cases[] = {
         {"", "1:1: expected a value, found the end of the input"},
         {"\n \n", "3:1: expected a value, found the end of the input"},
         {"[1,", "1:4: expected a value, found the end of the input"},

@@ -36,11 +36,7 @@ mode_t permissions(const std::string& path)
 
 TEST(Json2xmlInvocation, RefusesAWrongCommandLine)
 {
-    const struct
-    {
-        Arguments arguments;
-        std::string problem;
-    } cases[] = {
+    const std::pair<Arguments, std::string> cases[] = {
         {{"a.json", "b.json"}, "more than one input: a.json, b.json"},
         {{"-", "-"}, "more than one input: -, -"},
         {{"--frobnicate"}, "unknown option: --frobnicate"},

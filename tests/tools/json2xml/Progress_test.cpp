@@ -13,17 +13,13 @@ using json2xml::Progress;
 
 TEST(Progress, ShowsHowFarALongConversionIsAndNothingOfAShortOne)
 {
-    const struct
-    {
-        std::optional<std::uint64_t> total;
-        std::chrono::milliseconds duration;
-        std::string shown;
-    } cases[] = {
-        {200, 900ms, ""},
-        {200, 1100ms, "\r\033[K[####################                    ] 50 %\r\033[K"},
-        {50, 1100ms, "\r\033[K[########################################] 100 %\r\033[K"},
-        {std::nullopt, 1100ms, "\r\033[K0 MB read\r\033[K"},
-    };
+    const std::tuple<std::optional<std::uint64_t>, std::chrono::milliseconds, std::string> cases[] =
+        {
+            {200, 900ms, ""},
+            {200, 1100ms, "\r\033[K[####################                    ] 50 %\r\033[K"},
+            {50, 1100ms, "\r\033[K[########################################] 100 %\r\033[K"},
+            {std::nullopt, 1100ms, "\r\033[K0 MB read\r\033[K"},
+        };
     for (const auto& [total, duration, shown] : cases) {
         int terminal[2];
         ASSERT_EQ(::pipe(terminal), 0);
