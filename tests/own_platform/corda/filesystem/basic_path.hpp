@@ -7,9 +7,7 @@ namespace corda::filesystem {
 namespace detail {
 
 template <class NativeChar, class Char>
-struct path_traits
-{
-};
+struct path_traits;
 
 } // namespace detail
 

@@ -1,20 +1,14 @@
-// Converts to any encoding that iconv knows.
+// Converts one code point at a time.
 #pragma once
 
-#include <memory>
 #include <string>
 
 namespace corda::i18n {
 
-class codecvt_ustring_to_string
+struct codecvt_ustring_to_string
 {
-public:
-    codecvt_ustring_to_string(const std::string& encoding, bool replaceUnpaired);
+    codecvt_ustring_to_string(const std::string& /*encoding*/, bool /*replaceUnpaired*/) {}
     std::string do_convert(const char16_t* text, unsigned long length) const;
-
-private:
-    std::shared_ptr<void> conversion;
-    bool replaceUnpaired;
 };
 
 } // namespace corda::i18n
