@@ -1,35 +1,34 @@
 // A module that provides the crash data service.
 #include <tarn/services/CrashDataService.hpp>
 
-#include <map>
 #include <stdexcept>
 
 namespace {
 
+/// Notes its calls.
 class Provider : public tarn::utils::services::CrashDataService
 {
 public:
-    explicit Provider(int& destructions) : destructions(destructions) {}
-    ~Provider() override { ++destructions; }
+    explicit Provider(std::u16string& calls) : calls(calls) {}
+    ~Provider() override { calls += u'~'; }
 
     void setCrashData(const std::u16string& key, const std::u16string& value) override
     {
         if (key.empty()) {
             throw std::invalid_argument("an entry needs a key");
         }
-        entries[key] = value;
+        calls += key + u'=' + value + u';';
     }
 
-    void removeCrashData(const std::u16string& key) override { entries.erase(key); }
+    void removeCrashData(const std::u16string& key) override { calls += u'-' + key + u';'; }
 
 private:
-    int& destructions;
-    std::map<std::u16string, std::u16string> entries;
+    std::u16string& calls;
 };
 
 } // namespace
 
-extern "C" __attribute__((visibility("default"))) void* makeProvider(int& destructions)
+extern "C" __attribute__((visibility("default"))) void* makeProvider(std::u16string& calls)
 {
-    return static_cast<tarn::utils::services::CrashDataService*>(new Provider(destructions));
+    return static_cast<tarn::utils::services::CrashDataService*>(new Provider(calls));
 }

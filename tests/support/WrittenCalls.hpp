@@ -18,44 +18,45 @@ namespace tarn::tests {
 
 inline Call readCall(Input& input)
 {
-    // The arguments are names, namespace names, prefixes, texts and versions. The operations that
-    // make sequences go deep come first, to be taken more often.
-    static constexpr std::pair<Operation, std::string_view> FORMS[] = {
-        {Operation::writeStartElement, "nup"},   {Operation::writeEndElement, ""},
-        {Operation::writeAttribute, "nupt"},     {Operation::writeAttribute, "nut"},
-        {Operation::writeAttribute, "nt"},       {Operation::writeValue, "t"},
-        {Operation::writeElement, "nupt"},       {Operation::writeElement, "nut"},
-        {Operation::writeElement, "nt"},         {Operation::writeEmptyElement, "nup"},
-        {Operation::writeStartAttribute, "nup"}, {Operation::writeEndAttribute, ""},
-        {Operation::writeStartElementClose, ""}, {Operation::writeNamespace, "up"},
-        {Operation::writeDefaultNamespace, "u"}, {Operation::registerDefaultNamespace, "u"},
-        {Operation::writeRawXml, "t"},           {Operation::writeStartDocument, "v"},
-        {Operation::writeEndDocument, ""},
-    };
-    constexpr std::size_t FREQUENT = 6;
+    static constexpr CallOf FORMS[] = {startElement,
+                                       endElement,
+                                       attribute,
+                                       value,
+                                       element,
+                                       emptyElement,
+                                       startAttribute,
+                                       endAttribute,
+                                       startElementClose,
+                                       namespaceDeclaration,
+                                       defaultNamespace,
+                                       registerDefault,
+                                       rawXml,
+                                       startDocument,
+                                       endDocument};
+    // Of the first ones, half of the calls, so that sequences go deep.
+    constexpr std::size_t FREQUENT = 4;
+    static constexpr std::string_view OVERLOADS[] = {"NUPT", "NUT", "NT"};
     static const std::u16string NAMES[] = {u"a", u"", u"x:y", u"eleven-long", u"\u00E9\u4E2D"};
     static const std::u16string PREFIXES[] = {u"", u"p", u"q", u"ns2", u"xml", u"xmlns"};
     static const std::u16string VERSIONS[] = {u"1.0", u"1.1"};
     // Among them two that a search tells apart late, and what the writer treats in its own way.
-    static const std::u16string URIS[] = {
-        u"",
-        u"urn:a",
-        u"urn:b",
-        u"urn:\"<&'\x0B",
-        u"http://example.org/a/rather/long/name/of/a/namespace/1",
-        u"http://example.org/a/rather/long/name/of/a/namespace/2",
-        u"http://www.w3.org/XML/1998/namespace",
-        u"http://www.w3.org/2000/xmlns/",
-    };
+    static const std::u16string URIS[] = {u"",
+                                          u"urn:a",
+                                          u"urn:b",
+                                          u"urn:\"<&'\x0B",
+                                          u"http://example.org/a/rather/long/name/of/a/namespace/1",
+                                          u"http://example.org/a/rather/long/name/of/a/namespace/2",
+                                          u"http://www.w3.org/XML/1998/namespace",
+                                          u"http://www.w3.org/2000/xmlns/"};
     const std::size_t forms = input.below(2) == 0 ? FREQUENT : std::size(FORMS);
-    const auto& [operation, arguments] = FORMS[input.below(forms)];
-    Call call{operation};
-    for (const char argument : arguments) {
-        call.arguments.push_back(argument == 't' || input.below(16) == 0 ? input.text()
-                                 : argument == 'n'                       ? input.pick(NAMES)
-                                 : argument == 'p'                       ? input.pick(PREFIXES)
-                                 : argument == 'u'                       ? input.pick(URIS)
-                                                                         : input.pick(VERSIONS));
+    const CallOf& form = FORMS[input.below(forms)];
+    Call call{form.operation};
+    for (const char kind : form.kinds == "NUPT" ? input.pick(OVERLOADS) : form.kinds) {
+        call.arguments.push_back(kind == 'T' || input.below(16) == 0 ? input.text()
+                                 : kind == 'N'                       ? input.pick(NAMES)
+                                 : kind == 'P'                       ? input.pick(PREFIXES)
+                                 : kind == 'U'                       ? input.pick(URIS)
+                                                                     : input.pick(VERSIONS));
     }
     return call;
 }
@@ -97,11 +98,7 @@ inline std::string faultOfCalls(Input input, Calls& calls)
         for (const std::u16string& piece : unitsReference.pieces) {
             expectedUnits += piece;
         }
-        const struct
-        {
-            const char* target;
-            std::string difference;
-        } results[] = {
+        const std::pair<const char*, std::string> results[] = {
             {"std::u16string", difference(units, expectedUnits)},
             {"std::string", difference(bytes, bytesReference.bytes)},
             {"std::ostream", difference(stream.view(), bytesReference.bytes)},

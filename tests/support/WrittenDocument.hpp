@@ -2,7 +2,6 @@
 // namespaces and text that went in.
 #pragma once
 
-#include "support/Calls.hpp"
 #include "support/Difference.hpp"
 #include "support/Input.hpp"
 #include "support/XmlOutline.hpp"
@@ -112,31 +111,15 @@ private:
 
     void writeElement(std::size_t depth, const Text& outerDefaultUri = u"")
     {
-        enum Form : std::size_t
-        {
-            EMPTY,
-            WITH_VALUE,
-            IN_PIECES,
-            FORMS = 5
-        };
-        const std::size_t form = depth == 0 ? IN_PIECES : input.below(FORMS);
         const Text registered = input.below(4) == 0 ? uri() : XML_NAMESPACE;
         const Text elementName = name();
         const Text elementUri = uri();
-        const Text value = form == WITH_VALUE ? text() : Text();
         if (registered != XML_NAMESPACE) {
             // The end of an attribute would declare it at once.
             writer.writeEndAttribute();
             writer.registerDefaultNamespace(registered);
         }
-        if (form == EMPTY) {
-            writer.writeEmptyElement(elementName, elementUri, prefix());
-        } else if (form == WITH_VALUE) {
-            writeWith(element, elementName, elementUri, value);
-        } else {
-            writer.writeStartElement(elementName, elementUri, prefix());
-        }
-
+        writer.writeStartElement(elementName, elementUri, prefix());
         Element noted;
         noted.defaultUri = outerDefaultUri;
         if (registered != XML_NAMESPACE) {
@@ -147,14 +130,14 @@ private:
             }
         }
         const bool isPrefixed = isPrefixedIn(noted, elementUri);
-        while (form >= IN_PIECES && input.below(3) != 0) {
+        while (input.below(3) != 0) {
             writeInStartTag(noted);
         }
         outline += u'<' + outlineOfName(isPrefixed ? elementUri : noted.defaultUri, elementName) +
-                   noted.declarations + noted.attributes + u'>' + withoutControls(value);
+                   noted.declarations + noted.attributes + u'>';
         bool hasChildren = false;
         constexpr std::size_t DEEPEST = 100;
-        while (form >= IN_PIECES && !input.isEmpty() && depth < DEEPEST && input.below(8) != 0) {
+        while (!input.isEmpty() && depth < DEEPEST && input.below(8) != 0) {
             if (input.below(2) == 0) {
                 hasChildren = true;
                 outline += line(depth + 1);
@@ -163,24 +146,11 @@ private:
                 writeContent();
             }
         }
-        if (form >= IN_PIECES) {
-            writer.writeEndElement();
-        }
+        writer.writeEndElement();
         outline += (hasChildren ? line(depth) : u"") + u"</>";
         for (const Text& uri : noted.bound) {
             bindings.erase(uri);
         }
-    }
-
-    /// Writes an element or an attribute by the overload that takes the fewest arguments.
-    void writeWith(const CallOf& operation, const Text& localName, const Text& uri,
-                   const Text& value)
-    {
-        const Text preferred = prefix();
-        apply(uri.empty()         ? operation(localName, value)
-              : preferred.empty() ? operation(localName, uri, value)
-                                  : operation(localName, uri, preferred, value),
-              writer);
     }
 
     void writeInStartTag(Element& element)
@@ -218,16 +188,14 @@ private:
     Text writeAttribute(const Text& attributeName, const Text& attributeUri)
     {
         Text value = text();
+        writer.writeStartAttribute(attributeName, attributeUri, prefix());
+        writer.writeValue(value);
         if (input.below(2) == 0) {
-            writeWith(attribute, attributeName, attributeUri, value);
-        } else {
-            writer.writeStartAttribute(attributeName, attributeUri, prefix());
-            writer.writeValue(value);
-            value = withoutControls(value) + writeReference();
+            value += writeReference();
+        }
+        if (input.below(2) == 0) {
             // Else what follows ends it.
-            if (input.below(2) == 0) {
-                writer.writeEndAttribute();
-            }
+            writer.writeEndAttribute();
         }
         value = withParsedLineEnds(withoutControls(value));
         std::ranges::replace_if(value, isLayout, u' ');
