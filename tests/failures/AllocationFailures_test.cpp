@@ -14,33 +14,21 @@
 #include <fcntl.h>
 #include <filesystem>
 #include <optional>
-#include <ostream>
-#include <streambuf>
+#include <spanstream>
 #include <vector>
 
 namespace tarn::tests {
 
 namespace {
 
-/// Takes a stream's bytes without allocating.
-class FixedBuffer : public std::streambuf
-{
-public:
-    FixedBuffer() { setp(bytes.data(), bytes.data() + bytes.size()); }
-
-    std::string_view view() const { return {pbase(), static_cast<std::size_t>(pptr() - pbase())}; }
-
-private:
-    std::vector<char> bytes = std::vector<char>(100'000);
-};
-
+/// A stream that takes bytes without allocating.
 struct StreamTarget
 {
-    FixedBuffer buffer;
-    std::ostream stream{&buffer};
+    std::vector<char> bytes = std::vector<char>(100'000);
+    std::ospanstream stream{bytes};
 
     std::ostream& get() { return stream; }
-    std::string_view view() const { return buffer.view(); }
+    std::string_view view() { return {stream.span().data(), stream.span().size()}; }
 };
 
 template <class String>

@@ -55,13 +55,6 @@ TEST(TextEscaping, StopsInTimeWhenRoomIsShort)
     }
 }
 
-TEST(TextEscaping, HasNoReferenceForOtherCodeUnits)
-{
-    for (const char16_t unit : {u'\0', u'\x01', u'\n', u'a', u'@', u'\x3C3C', u'\xFFFF'}) {
-        EXPECT_TRUE(utils::entityReference(unit).empty()) << static_cast<unsigned>(unit);
-    }
-}
-
 } // namespace
 
 } // namespace tarn::tests

@@ -246,42 +246,31 @@ TEST(XmlWriter, QualifiesNamesAheadOfTheTagThatDeclaresThem)
 {
     Recording recording;
     RecordedWriter writer(recording);
-    const struct
-    {
-        std::u16string localName;
-        std::u16string namespaceUri;
-        std::u16string prefix;
-        std::u16string name;
-    } cases[] = {
+    const std::u16string cases[][4] = {
         {u"a", u"", u"p", u"a"},
         {u"a", u"urn:a", u"p", u"p:a"},
         {u"b", u"urn:a", u"q", u"p:b"},
         {u"a", u"urn:b", u"p", u"ns1:a"},
         {u"a", u"urn:c", u"", u"ns2:a"},
         {u"", u"urn:a", u"", u"p"},
-        {u"lang", u"http://www.w3.org/XML/1998/namespace", u"q", u"xml:lang"},
-    };
+        {u"lang", u"http://www.w3.org/XML/1998/namespace", u"q", u"xml:lang"}};
     for (const auto& [localName, namespaceUri, prefix, name] : cases) {
         EXPECT_EQ(writer.qualifyName(localName, namespaceUri, prefix), name);
     }
     EXPECT_TRUE(recording.pieces.empty());
     writer.writeStartElement(u"e", u"urn:b", u"");
-    std::u16string text;
-    for (const std::u16string& piece : recording.pieces) {
-        text += piece;
-    }
-    EXPECT_EQ(text, u"\n<ns1:e xmlns:p=\"urn:a\" xmlns:ns1=\"urn:b\" xmlns:ns2=\"urn:c\"");
+    EXPECT_EQ(difference(separated(recording.pieces),
+                         u"\n||<|ns1:e| |xmlns:p|=\"|urn:a|\"| |xmlns:ns1|=\"|urn:b|\"| "
+                         u"|xmlns:ns2|=\"|urn:c|\"|"),
+              "");
 }
 
 TEST(XmlWriter, GoesOnAfterASinkThatFailedAtAnyPiece)
 {
-    const Calls calls = {startDocument(u"1.0"),
-                         startElement(u"a", u"urn:a"),
-                         attribute(u"k", u"urn:b", u"v<w"),
-                         namespaceDeclaration(u"urn:c", u"c"),
-                         value(u"text"),
-                         element(u"b", u"urn:a", u"x\x02y"),
-                         endElement()};
+    Calls calls = {startDocument(u"1.0"), startElement(u"a", u"urn:a"),
+                   attribute(u"k", u"urn:b", u"v<w")};
+    calls.insert(calls.end(), {namespaceDeclaration(u"urn:c", u"c"), value(u"text"),
+                               element(u"b", u"urn:a", u"x\x02y"), endElement()});
     for (std::size_t successes = 0;; ++successes) {
         Recording recording;
         RecordedWriter writer(recording);
@@ -301,12 +290,9 @@ TEST(XmlWriter, GoesOnAfterASinkThatFailedAtAnyPiece)
         writer.writeEndDocument();
         recording.pieces.clear();
         writer.writeElement(u"z", u"urn:z", u"z", u"end");
-        std::u16string text;
-        for (const std::u16string& piece : recording.pieces) {
-            text += piece;
-        }
-        EXPECT_TRUE(text.starts_with(u"\n<z:z")) << successes;
-        EXPECT_TRUE(text.ends_with(u" xmlns:z=\"urn:z\">end</z:z>")) << successes;
+        const std::u16string text = separated(recording.pieces);
+        EXPECT_TRUE(text.starts_with(u"\n||<|z:z|")) << successes;
+        EXPECT_TRUE(text.ends_with(u" |xmlns:z|=\"|urn:z|\"|>|end|</|z:z|>|")) << successes;
         if (!failed) {
             break;
         }

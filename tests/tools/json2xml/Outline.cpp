@@ -60,8 +60,11 @@ std::string outlineOfJson(const std::string& json)
 {
     OutlineHandler handler;
     rapidjson::StringStream stream(json.c_str());
-    rapidjson::Reader().Parse<rapidjson::kParseNumbersAsStringsFlag>(stream, handler);
-    return handler.outline;
+    constexpr unsigned FLAGS = rapidjson::kParseIterativeFlag |
+                               rapidjson::kParseValidateEncodingFlag |
+                               rapidjson::kParseNumbersAsStringsFlag;
+    const bool isRefused = rapidjson::Reader().Parse<FLAGS>(stream, handler).IsError();
+    return isRefused || stream.Tell() != json.size() ? "" : handler.outline;
 }
 
 } // namespace json2xml::test
