@@ -22,7 +22,7 @@ public:
     /// The pieces that a sink sees.
     std::vector<Text> pieces;
     int flushes = 0;
-    /// What has been converted of them, batch by batch.
+    /// What has been converted of them, batch by batch, if there is an encoding.
     std::string bytes;
 
     void writeStartDocument(const Text& version)
@@ -159,6 +159,9 @@ private:
     {
         for (const Text& text : texts) {
             pieces.push_back(text);
+            if (encodingName.empty()) {
+                continue;
+            }
             unconverted += text;
             const bool endsInHighSurrogate =
                 !unconverted.empty() && (unconverted.back() & 0xFC00) == 0xD800;

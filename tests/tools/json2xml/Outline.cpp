@@ -1,5 +1,6 @@
 #include "tools/json2xml/Outline.hpp"
 
+#include <rapidjson/memorystream.h>
 #include <rapidjson/reader.h>
 
 namespace json2xml::test {
@@ -59,7 +60,7 @@ private:
 std::string outlineOfJson(const std::string& json)
 {
     OutlineHandler handler;
-    rapidjson::StringStream stream(json.c_str());
+    rapidjson::MemoryStream stream(json.data(), json.size());
     constexpr unsigned FLAGS = rapidjson::kParseIterativeFlag |
                                rapidjson::kParseValidateEncodingFlag |
                                rapidjson::kParseNumbersAsStringsFlag;
