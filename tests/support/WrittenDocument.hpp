@@ -8,7 +8,6 @@
 
 #include <tarn/xml/XmlWriter.hpp>
 
-#include <map>
 #include <set>
 #include <utility>
 #include <vector>
@@ -29,7 +28,7 @@ public:
         if (isDeclared) {
             writer.writeStartDocument();
         }
-        writeElement(0);
+        writeElement(0, {});
         writer.writeEndDocument();
         outline = withParsedLineEnds(outline);
         for (char16_t& unit : outline) {
@@ -47,19 +46,13 @@ private:
     /// Added to the code units that come from a reference, until line ends have been replaced.
     static constexpr char16_t REFERRED = 0xE000;
 
-    /// The element that is being written.
-    struct Element
+    /// The default namespace in scope, if any.
+    struct Default
     {
-        /// Without a prefix, its name is in this namespace.
-        Text defaultUri;
-        /// Whether the default namespace is declared on the element itself.
-        bool declaresDefault = false;
-        /// The namespace names whose bindings end with the element.
-        std::vector<Text> bound;
-        std::set<std::pair<Text, Text>> attributeNames;
-        /// In the outline.
-        Text declarations;
-        Text attributes;
+        Text uri;
+        /// Whether names in it get no prefix. If so, all elements need a namespace, and attributes
+        /// another one.
+        bool isRegistered = false;
     };
 
     // Choices.
@@ -109,86 +102,63 @@ private:
 
     // Writing.
 
-    void writeElement(std::size_t depth, const Text& outerDefaultUri = u"")
+    void writeElement(std::size_t depth, Default inScope)
     {
-        const Text registered = input.below(4) == 0 ? uri() : XML_NAMESPACE;
-        const Text elementName = name();
-        const Text elementUri = uri();
-        if (registered != XML_NAMESPACE) {
+        enum Choice : std::size_t
+        {
+            REGISTER,
+            DECLARE,
+            CHOICES = 8
+        };
+        const std::size_t choice = inScope.uri.empty() ? input.below(CHOICES) : CHOICES;
+        const Text defaultUri = choice <= DECLARE ? u"urn:default" + uri() : u"";
+        if (choice == REGISTER) {
             // The end of an attribute would declare it at once.
             writer.writeEndAttribute();
-            writer.registerDefaultNamespace(registered);
+            writer.registerDefaultNamespace(defaultUri);
+            inScope = {defaultUri, true};
+        }
+        const Text elementName = name();
+        Text elementUri = choice == DECLARE ? u"" : uri();
+        if (elementUri.empty() && inScope.isRegistered) {
+            elementUri = inScope.uri;
         }
         writer.writeStartElement(elementName, elementUri, prefix());
-        Element noted;
-        noted.defaultUri = outerDefaultUri;
-        if (registered != XML_NAMESPACE) {
-            const bool isPrefixed = bindings.try_emplace(registered, false).first->second;
-            noteBinding(noted, registered);
-            if (!isPrefixed) {
-                noteDefault(noted, registered);
+        if (choice == DECLARE) {
+            writer.writeDefaultNamespace(defaultUri);
+            inScope = {defaultUri, false};
+        }
+        outline += u'<' + outlineOfName(elementUri.empty() ? inScope.uri : elementUri, elementName);
+        std::set<std::pair<Text, Text>> attributeNames;
+        while (input.below(3) != 0) {
+            const Text localName = name();
+            const Text namespaceUri = uri();
+            if (!namespaceUri.empty() && input.below(4) == 0) {
+                writer.writeNamespace(namespaceUri, prefix());
+            } else if (attributeNames.insert({namespaceUri, localName}).second) {
+                writeAttribute(localName, namespaceUri);
             }
         }
-        const bool isPrefixed = isPrefixedIn(noted, elementUri);
-        while (input.below(3) != 0) {
-            writeInStartTag(noted);
-        }
-        outline += u'<' + outlineOfName(isPrefixed ? elementUri : noted.defaultUri, elementName) +
-                   noted.declarations + noted.attributes + u'>';
+        outline += u'>';
         bool hasChildren = false;
         constexpr std::size_t DEEPEST = 100;
         while (!input.isEmpty() && depth < DEEPEST && input.below(8) != 0) {
             if (input.below(2) == 0) {
                 hasChildren = true;
                 outline += line(depth + 1);
-                writeElement(depth + 1, noted.defaultUri);
+                writeElement(depth + 1, inScope);
             } else {
                 writeContent();
             }
         }
         writer.writeEndElement();
         outline += (hasChildren ? line(depth) : u"") + u"</>";
-        for (const Text& uri : noted.bound) {
-            bindings.erase(uri);
-        }
     }
 
-    void writeInStartTag(Element& element)
-    {
-        const Text attributeName = name();
-        const Text attributeUri = uri();
-        switch (input.below(4)) {
-        case 0:
-            if (!attributeUri.empty()) {
-                writer.writeNamespace(attributeUri, prefix());
-                isPrefixedIn(element, attributeUri);
-            }
-            return;
-        case 1:
-            if (attributeUri != XML_NAMESPACE && !element.declaresDefault) {
-                writer.writeDefaultNamespace(attributeUri);
-                noteDeclaration(element, attributeUri);
-                noteDefault(element, attributeUri);
-            }
-            return;
-        }
-        const auto binding = bindings.find(attributeUri);
-        const bool isPrefixed = binding == bindings.end() ? !attributeUri.empty() : binding->second;
-        const Text nameUri = isPrefixed ? attributeUri : u"";
-        if (element.attributeNames.insert({nameUri, attributeName}).second) {
-            const Text value = writeAttribute(attributeName, attributeUri);
-            isPrefixedIn(element, attributeUri);
-            element.attributes +=
-                u' ' + outlineOfName(nameUri, attributeName) + u"=\"" + value + u'"';
-        }
-    }
-
-    /// @returns the value in the outline, in which a space stands for each layout character
-    /// (XML 1.0, 3.3.3).
-    Text writeAttribute(const Text& attributeName, const Text& attributeUri)
+    void writeAttribute(const Text& localName, const Text& namespaceUri)
     {
         Text value = text();
-        writer.writeStartAttribute(attributeName, attributeUri, prefix());
+        writer.writeStartAttribute(localName, namespaceUri, prefix());
         writer.writeValue(value);
         if (input.below(2) == 0) {
             value += writeReference();
@@ -197,9 +167,10 @@ private:
             // Else what follows ends it.
             writer.writeEndAttribute();
         }
+        // A parser makes a space of each layout character (XML 1.0, 3.3.3).
         value = withParsedLineEnds(withoutControls(value));
         std::ranges::replace_if(value, isLayout, u' ');
-        return value;
+        outline += u' ' + outlineOfName(namespaceUri, localName) + u"=\"" + value + u'"';
     }
 
     /// @returns what it means in the outline.
@@ -245,36 +216,6 @@ private:
 
     static Text line(std::size_t depth) { return u'\n' + Text(2 * depth, u' '); }
 
-    /// Whether a name in @p uri gets a prefix, for which the namespace is bound if it is not yet.
-    bool isPrefixedIn(Element& element, const Text& uri)
-    {
-        if (uri.empty()) {
-            return false;
-        }
-        const auto [binding, isNew] = bindings.try_emplace(uri, true);
-        if (isNew) {
-            noteBinding(element, uri);
-        }
-        return binding->second;
-    }
-
-    static void noteBinding(Element& element, const Text& uri)
-    {
-        noteDeclaration(element, uri);
-        element.bound.push_back(uri);
-    }
-
-    static void noteDeclaration(Element& element, const Text& uri)
-    {
-        element.declarations += u" xmlns=" + outlineOfName(uri, u"");
-    }
-
-    static void noteDefault(Element& element, const Text& uri)
-    {
-        element.defaultUri = uri;
-        element.declaresDefault = true;
-    }
-
     /// What the writer writes of @p text.
     static Text withoutControls(Text text)
     {
@@ -297,8 +238,6 @@ private:
     Input input;
     utils::XmlWriter writer;
     bool isDeclared = false;
-    /// The namespace names that are bound for the writer, and whether to a prefix.
-    std::map<Text, bool> bindings{{XML_NAMESPACE, true}};
 };
 
 } // namespace detail

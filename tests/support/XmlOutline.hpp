@@ -28,9 +28,6 @@ inline void outlineNodes(const xmlNode* node, std::string& outline)
             outline += "<!>";
         } else {
             outline += '<' + outlineOfName(node->ns, node->name);
-            for (const xmlNs* space = node->nsDef; space != nullptr; space = space->next) {
-                outline += " xmlns=" + outlineOfName(space, nullptr);
-            }
             for (const xmlAttr* each = node->properties; each != nullptr; each = each->next) {
                 outline += ' ' + outlineOfName(each->ns, each->name) + "=\"";
                 outlineNodes(each->children, outline);
@@ -45,8 +42,8 @@ inline void outlineNodes(const xmlNode* node, std::string& outline)
 
 } // namespace detail
 
-/// What @p xml says, prefixes aside: `<{URI}NAME xmlns={URI} {URI}NAME="VALUE">` for a start tag,
-/// `</>` for an end tag, `<!>` for a comment or a processing instruction.
+/// What @p xml says, prefixes aside: `<{URI}NAME {URI}NAME="VALUE">` for a start tag, `</>` for an
+/// end tag, `<!>` for a comment or a processing instruction.
 /// @returns instead, if it is not well-formed with regard to namespaces too, what is wrong; this
 /// does not begin with `<`.
 inline std::string outlineOfXml(const std::string& xml)

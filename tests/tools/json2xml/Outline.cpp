@@ -31,9 +31,8 @@ private:
 
     bool start(const std::string& name)
     {
-        static const std::string NAMESPACE = "{http://www.w3.org/2005/xpath-functions}";
-        outline += (depth > 0 ? line() : "") + '<' + NAMESPACE + name;
-        outline += (depth > 0 ? "" : " xmlns=" + NAMESPACE) + key + '>';
+        outline += (depth > 0 ? line() : "") + "<{http://www.w3.org/2005/xpath-functions}" + name +
+                   key + '>';
         key.clear();
         ++depth;
         return true;
