@@ -3,13 +3,13 @@
 
 #include <chrono>
 #include <csignal>
+#include <cstdio>
 #include <fcntl.h>
 #include <filesystem>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <string>
 #include <sys/stat.h>
-#include <sys/wait.h>
 #include <thread>
 #include <unistd.h>
 
@@ -111,24 +111,21 @@ TEST(Json2xmlInvocation, LeavesNothingBehindAfterAFailureOrASignal)
     EXPECT_EQ(run({"-o", directory / "file.xml"}, longArray).status, 1);
     EXPECT_THAT(directory.names(), IsEmpty());
 
-    int input[2];
-    ASSERT_EQ(::pipe2(input, O_CLOEXEC), 0);
-    const pid_t process =
-        start({"-o", directory / "file.xml"}, input[0], STDOUT_FILENO, STDERR_FILENO);
-    ::close(input[0]);
+    const Directory other;
+    FILE* const program = ::popen(
+        ("echo $$ >" + other / "process; " + command({"-o", directory / "file.xml"})).c_str(), "w");
+    ASSERT_NE(program, nullptr);
+    std::fwrite(longArray.data(), 1, longArray.size(), program);
+    std::fflush(program);
     const auto written = [&] {
         const auto names = directory.names();
         return !names.empty() && std::filesystem::file_size(directory / names.front()) > 0;
     };
-    ASSERT_EQ(::write(input[1], longArray.data(), longArray.size()),
-              static_cast<ssize_t>(longArray.size()));
     while (!written()) {
         std::this_thread::sleep_for(std::chrono::milliseconds(5));
     }
-    ::kill(process, SIGTERM);
-    int status = 0;
-    ::waitpid(process, &status, 0);
-    ::close(input[1]);
+    ::kill(std::stoi(readFile(other / "process")), SIGTERM);
+    const int status = ::pclose(program);
     EXPECT_TRUE(WIFSIGNALED(status) && WTERMSIG(status) == SIGTERM);
     EXPECT_THAT(directory.names(), IsEmpty());
 }
@@ -143,17 +140,15 @@ TEST(Json2xmlInvocation, ReportsAnOutputThatCannotBeWritten)
               "json2xml: " + missing + ": No such file or directory\n");
     EXPECT_EQ(run({"-o", existing}, "1").error, "json2xml: " + existing + ": Is a directory\n");
 
-    const int fullDevice = ::open("/dev/full", O_WRONLY | O_CLOEXEC);
-    const Result full = run({}, "1", fullDevice);
+    const Result full = run({}, "1", "/dev/full");
     EXPECT_EQ(full.status, 1);
     EXPECT_EQ(full.error, "json2xml: <stdout>: No space left on device\n");
-    EXPECT_EQ(run({"--help"}, "", fullDevice).status, 1);
-    ::close(fullDevice);
+    EXPECT_EQ(run({"--help"}, "", "/dev/full").status, 1);
 
     int output[2];
-    ASSERT_EQ(::pipe2(output, O_CLOEXEC), 0);
+    ASSERT_EQ(::pipe(output), 0);
     ::close(output[0]);
-    const Result closed = run({}, "1", output[1]);
+    const Result closed = run({}, "1", '&' + std::to_string(output[1]));
     ::close(output[1]);
     EXPECT_EQ(closed.status, 1);
     EXPECT_EQ(closed.error, "json2xml: <stdout>: Broken pipe\n");
@@ -174,10 +169,8 @@ TEST(Json2xmlInvocation, WritesInPlaceWhatItMustNotReplace)
 
     // What standard output writes already keeps what stands in it.
     const std::string file = directory / "file.xml";
-    const int output = ::open(file.c_str(), O_WRONLY | O_CREAT | O_APPEND | O_CLOEXEC, 0600);
-    EXPECT_EQ(run({}, "1", output).error, "");
-    EXPECT_EQ(run({"-o", file}, "1", output).error, "");
-    ::close(output);
+    EXPECT_EQ(run({}, "1", '>' + file).error, "");
+    EXPECT_EQ(run({"-o", file}, "1", '>' + file).error, "");
     EXPECT_EQ(readFile(file), ONE + ONE);
     EXPECT_EQ(run({"-o", "-"}, "1").output, ONE);
 }

@@ -3,8 +3,9 @@
 
 #include "support/Files.hpp"
 
+#include <cstdlib>
 #include <string>
-#include <sys/types.h>
+#include <sys/wait.h>
 #include <vector>
 
 namespace json2xml::test {
@@ -15,23 +16,39 @@ using tarn::tests::writeFile;
 
 using Arguments = std::vector<std::string>;
 
+/// The shell's words for a run with @p arguments.
+inline std::string command(const Arguments& arguments)
+{
+    std::string words = "exec " JSON2XML;
+    for (const std::string& argument : arguments) {
+        words += " '" + argument + '\'';
+    }
+    return words;
+}
+
 /// What a finished run has left behind.
 struct Result
 {
     int status;
     std::string output;
     std::string error;
-    long peakKilobytes;
 };
 
-/// Runs json2xml with @p input as its standard input.
-Result run(const Arguments& arguments, const std::string& input = "");
-
-/// As above, with @p output, a descriptor, as the standard output. This is how a device is written:
-/// as a file to replace, it would be at the mercy of the program under test.
-Result run(const Arguments& arguments, const std::string& input, int output);
-
-/// Starts json2xml with descriptors as its three streams.
-pid_t start(const Arguments& arguments, int input, int output, int error);
+/// Runs json2xml with @p input as its standard input. Its standard output is what the shell makes
+/// of
+/// `>` and @p target, or else the result's.
+inline Result run(const Arguments& arguments, const std::string& input = "",
+                  const std::string& target = "")
+{
+    const Directory directory;
+    const std::string output = directory / "output";
+    writeFile(directory / "input", input);
+    const int status =
+        std::system((command(arguments) + " <" + directory / "input" + " >" +
+                     (target.empty() ? output : target) + " 2>" + directory / "error")
+                        .c_str());
+    return {WIFEXITED(status) ? WEXITSTATUS(status) : -1, readFile(output),
+            readFile(directory / "error")};
+}
 
 } // namespace json2xml::test
