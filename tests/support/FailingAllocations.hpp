@@ -4,6 +4,7 @@
 #include <cstddef>
 #include <gtest/gtest.h>
 #include <new>
+#include <utility>
 
 namespace tarn::tests {
 
@@ -37,17 +38,15 @@ public:
     template <class Work>
     bool during(Work work)
     {
-        const bool before = happened;
-        happened = false;
+        const bool before = std::exchange(happened, false);
         bool hasThrown = false;
         current = this;
         try {
             work();
         } catch (const std::bad_alloc&) {
             hasThrown = true;
-        } catch (...) {
-            current = nullptr;
-            throw;
+        } catch (const std::exception& other) {
+            ADD_FAILURE() << other.what();
         }
         current = nullptr;
         EXPECT_EQ(hasThrown, happened);
