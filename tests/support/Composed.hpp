@@ -5,48 +5,48 @@
 
 namespace tarn::tests {
 
+/// The arguments of an element or an attribute with a value; those left out are empty.
+struct Named
+{
+    using Text = std::u16string;
+
+    Named(const Text& name, const Text& uri, const Text& prefix, const Text& value)
+        : name(name), uri(uri), prefix(prefix), value(value)
+    {
+    }
+    Named(const Text& name, const Text& uri, const Text& value) : Named(name, uri, u"", value) {}
+    Named(const Text& name, const Text& value) : Named(name, u"", u"", value) {}
+
+    Text name, uri, prefix, value;
+};
+
 /// Adds them to a class that has the others.
 template <class Basic>
 class Composed : public Basic
 {
 public:
-    using Text = std::u16string;
     using Basic::Basic;
+    using Text = std::u16string;
 
-    void writeElement(const Text& localName, const Text& uri, const Text& prefix, const Text& value)
+    void writeElement(const auto&... arguments)
     {
-        this->writeStartElement(localName, uri, prefix);
+        const Named element(arguments...);
+        this->writeStartElement(element.name, element.uri, element.prefix);
         this->writeStartElementClose();
-        this->writeValue(value);
+        this->writeValue(element.value);
         this->writeEndElement();
-    }
-    void writeElement(const Text& localName, const Text& uri, const Text& value)
-    {
-        writeElement(localName, uri, u"", value);
-    }
-    void writeElement(const Text& localName, const Text& value)
-    {
-        writeElement(localName, u"", u"", value);
     }
     void writeEmptyElement(const Text& localName, const Text& uri, const Text& prefix)
     {
         this->writeStartElement(localName, uri, prefix);
         this->writeEndElement();
     }
-    void writeAttribute(const Text& localName, const Text& uri, const Text& prefix,
-                        const Text& value)
+    void writeAttribute(const auto&... arguments)
     {
-        this->writeStartAttribute(localName, uri, prefix);
-        this->writeValue(value);
+        const Named attribute(arguments...);
+        this->writeStartAttribute(attribute.name, attribute.uri, attribute.prefix);
+        this->writeValue(attribute.value);
         this->writeEndAttribute();
-    }
-    void writeAttribute(const Text& localName, const Text& uri, const Text& value)
-    {
-        writeAttribute(localName, uri, u"", value);
-    }
-    void writeAttribute(const Text& localName, const Text& value)
-    {
-        writeAttribute(localName, u"", u"", value);
     }
     void writeDefaultNamespace(const Text& uri) { writeAttribute(u"xmlns", uri); }
     void registerDefaultNamespace(const Text& uri) { this->registerPrefix(uri, u""); }

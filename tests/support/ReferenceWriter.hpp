@@ -6,6 +6,7 @@
 
 #include <deque>
 #include <map>
+#include <optional>
 #include <set>
 #include <string>
 #include <vector>
@@ -57,9 +58,9 @@ public:
             }
         };
         for (const char16_t unit : value) {
-            if (isSpecial(unit)) {
+            if (const auto replacement = replacementOf(unit)) {
                 endRun();
-                write(replacementOf(unit));
+                write(*replacement);
             } else {
                 run += unit;
             }
@@ -177,31 +178,25 @@ private:
         unconverted.clear();
     }
 
-    static bool isSpecial(char16_t unit)
+    /// The pieces in place of @p unit, if it is special.
+    std::optional<std::vector<Text>> replacementOf(char16_t unit) const
     {
+        static const std::map<char16_t, Text> ENTITIES = {{u'<', u"&lt;"},
+                                                          {u'>', u"&gt;"},
+                                                          {u'&', u"&amp;"},
+                                                          {u'"', u"&quot;"},
+                                                          {u'\'', u"&apos;"}};
+        if (const auto entity = ENTITIES.find(unit); entity != ENTITIES.end()) {
+            return {{entity->second}};
+        }
         const bool isLayout = unit == u'\t' || unit == u'\n' || unit == u'\r';
-        return (unit > 0 && unit < u' ' && !isLayout) || entities().contains(unit);
-    }
-
-    static const std::map<char16_t, Text>& entities()
-    {
-        static const std::map<char16_t, Text> all = {{u'<', u"&lt;"},
-                                                     {u'>', u"&gt;"},
-                                                     {u'&', u"&amp;"},
-                                                     {u'"', u"&quot;"},
-                                                     {u'\'', u"&apos;"}};
-        return all;
-    }
-
-    std::vector<Text> replacementOf(char16_t special) const
-    {
-        if (const auto entity = entities().find(special); entity != entities().end()) {
-            return {entity->second};
+        if (unit == 0 || unit >= u' ' || isLayout) {
+            return std::nullopt;
         }
         if (isVersion10) {
-            return special == 0x0B ? std::vector<Text>{u" "} : std::vector<Text>{};
+            return unit == 0x0B ? std::vector<Text>{u" "} : std::vector<Text>{};
         }
-        return {u"&#", digitsOf(special), u";"};
+        return {{u"&#", digitsOf(unit), u";"}};
     }
 
     Text unusedPrefix(const Text& preferred)
