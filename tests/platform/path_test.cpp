@@ -1,4 +1,3 @@
-#include <corda/filesystem/basic_path.hpp>
 #include <corda/filesystem/detail/make_native_form.hpp>
 
 #include <gtest/gtest.h>
@@ -35,13 +34,6 @@ TEST(MakeNativeForm, WritesAPathInItsShortestForm)
         EXPECT_EQ(detail::make_native_form(path, true), shortest);
         EXPECT_EQ(detail::make_native_form(path, false), path);
     }
-}
-
-TEST(BasicPath, HoldsUtf8)
-{
-    using Path = basic_path<char, char16_t, detail::path_traits<char, char16_t>>;
-    EXPECT_TRUE(Path().empty());
-    EXPECT_EQ(Path(u"caf\u00E9/\U0001F600").native(), "caf\u00E9/\U0001F600");
 }
 
 } // namespace

@@ -185,6 +185,9 @@ TEST(BundleContainer, SaysWhatIsWrongWithAFile)
     const Directory directory;
     const std::string good = bundleZip("refused");
     const std::string goodManifest = R"({"bundle.symbolic_name":"refused"})";
+    const auto withEntry = [&](const ZipEntry& entry) {
+        return zip({{"refused/manifest.json", goodManifest}, entry});
+    };
     const auto withManifest = [](const std::string& json) {
         return zip({{"refused/manifest.json", json}});
     };
@@ -221,15 +224,14 @@ TEST(BundleContainer, SaysWhatIsWrongWithAFile)
         {withManifest("{\"x\":\"" + std::string(2'000'000, 'x') + "\"}"), "is too long: 2000008"},
         {withManifest(std::string(900'000, '[')), "nested deeper than 100 levels"},
         {zip(many), "more than 1000 bundles"},
-        {zip({{"refused/manifest.json", goodManifest}, {"refused/../../etc/passwd", "x"}}),
+        {withEntry({"refused/../../etc/passwd", "x"}),
          "the entry refused/../../etc/passwd leads out of the archive"},
         {zip({{"../manifest.json", goodManifest}}), "../manifest.json leads out of the archive"},
-        {zip({{"refused/manifest.json", goodManifest}, {"/etc/passwd", "x"}}), "leads out"},
-        {zip({{"refused/manifest.json", goodManifest}, {"refused/a\0b"s, "x"}}), "leads out"},
+        {withEntry({"/etc/passwd", "x"}), "leads out"},
+        {withEntry({"refused/a\0b"s, "x"}), "leads out"},
         // Manifests.
-        {zip({{"refused/manifest.json", goodManifest}, {"other/readme", "text"}}),
-         "the bundle other has no manifest.json"},
-        {zip({{"refused/manifest.json", goodManifest}, {"refused/manifest.json", goodManifest}}),
+        {withEntry({"other/readme", "text"}), "the bundle other has no manifest.json"},
+        {withEntry({"refused/manifest.json", goodManifest}),
          "refused/manifest.json is there twice"},
         {withManifest(""), "refused/manifest.json: The document is empty"},
         {withManifest("[1]"), "refused/manifest.json: not a JSON object"},
