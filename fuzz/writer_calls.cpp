@@ -1,5 +1,5 @@
 // Any sequence of calls gives what the reference writer says, and on the texts among their
-// arguments every vector kernel does what its portable twin does.
+// arguments every vector kernel does what the plain way of its work does.
 #include "fuzz/Require.hpp"
 #include "support/EncodingFault.hpp"
 #include "support/EscapingFault.hpp"

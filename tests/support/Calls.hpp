@@ -125,12 +125,15 @@ struct CallOf
     /// A letter for each argument: local Name, namespace Uri, Prefix, Text, Version.
     std::string_view kinds;
 
+    /// Whether the namespace name and the prefix can be left out of the call.
+    constexpr bool hasOverloads() const { return kinds == "NUPT"; }
+
     /// Arguments that are left out are empty, unless there is an overload without them.
     template <class... Arguments>
     Call operator()(const Arguments&... arguments) const
     {
         Call call{operation, {arguments...}};
-        if (kinds != "NUPT") {
+        if (!hasOverloads()) {
             call.arguments.resize(kinds.size());
         }
         return call;

@@ -25,8 +25,7 @@ inline std::string faultOfEscaping(std::u16string_view text, GuardedText& output
         std::u16string copy;
         std::u16string expected;
         for (const char16_t* first = text.data(); first != last;) {
-            const char16_t* const special = utils::findSpecialPortable(first, last);
-            if (utils::findSpecial(first, last) != special) {
+            if (utils::findSpecial(first, last) != utils::findSpecialPortable(first, last)) {
                 return "another special code unit is found in " + shown({first, last});
             }
             const utils::EscapedRun run = escape(first, last, output.begin(), output.end());

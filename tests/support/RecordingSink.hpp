@@ -28,7 +28,7 @@ struct Recording
     std::size_t writesLeft = std::numeric_limits<std::size_t>::max();
 };
 
-/// The pieces as one text, with a line after each.
+/// The pieces as one text, with a `|` after each.
 inline std::u16string separated(const std::vector<std::u16string>& pieces)
 {
     std::u16string text;

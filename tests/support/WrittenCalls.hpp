@@ -51,7 +51,7 @@ inline Call readCall(Input& input)
     const std::size_t forms = input.below(2) == 0 ? FREQUENT : std::size(FORMS);
     const CallOf& form = FORMS[input.below(forms)];
     Call call{form.operation};
-    for (const char kind : form.kinds == "NUPT" ? input.pick(OVERLOADS) : form.kinds) {
+    for (const char kind : form.hasOverloads() ? input.pick(OVERLOADS) : form.kinds) {
         call.arguments.push_back(kind == 'T' || input.below(16) == 0 ? input.text()
                                  : kind == 'N'                       ? input.pick(NAMES)
                                  : kind == 'P'                       ? input.pick(PREFIXES)

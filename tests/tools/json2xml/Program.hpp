@@ -34,9 +34,8 @@ struct Result
     std::string error;
 };
 
-/// Runs json2xml with @p input as its standard input. Its standard output is what the shell makes
-/// of
-/// `>` and @p target, or else the result's.
+/// Runs json2xml with @p input as its standard input. Its standard output goes to @p target, a file
+/// or what else the shell takes after `>`, or if that is empty to the result.
 inline Result run(const Arguments& arguments, const std::string& input = "",
                   const std::string& target = "")
 {
