@@ -2,7 +2,7 @@
 // with the document, so that only equal work is timed.
 #pragma once
 
-#include "benchmarks/Forms.hpp"
+#include "benchmarks/text_forms.hpp"
 
 #include <optional>
 #include <string>

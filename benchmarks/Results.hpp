@@ -1,4 +1,4 @@
-// What a run of writers_benchmark measured, read from the JSON that it leaves.
+// What a run of benchmark-writers measured, read from the JSON that it leaves.
 #pragma once
 
 #include <cstdint>

@@ -1,6 +1,6 @@
-// Draws what writers_benchmark measured as a bar chart in SVG, written with our writer.
-#include "benchmarks/Forms.hpp"
+// Draws what benchmark-writers measured as a bar chart in SVG, written with our writer.
 #include "benchmarks/Results.hpp"
+#include "benchmarks/text_forms.hpp"
 
 #include "tarn/xml/XmlWriter.hpp"
 
@@ -322,7 +322,7 @@ private:
 int main(int argumentCount, char** arguments)
 {
     if (argumentCount != 3) {
-        std::cerr << "Usage: benchmark_chart RESULTS.json CHART.svg\n";
+        std::cerr << "Usage: benchmark-chart RESULTS.json CHART.svg\n";
         return 2;
     }
     try {
@@ -335,7 +335,7 @@ int main(int argumentCount, char** arguments)
             throw std::runtime_error(std::string(arguments[2]) + ": cannot be written");
         }
     } catch (const std::exception& error) {
-        std::cerr << "benchmark_chart: " << error.what() << '\n';
+        std::cerr << "benchmark-chart: " << error.what() << '\n';
         return 1;
     }
 }

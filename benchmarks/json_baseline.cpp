@@ -24,13 +24,13 @@ File open(const char* name, const char* mode)
 int main(int argumentCount, char** arguments)
 {
     if (argumentCount != 3) {
-        std::cerr << "Usage: json_baseline INPUT OUTPUT\n";
+        std::cerr << "Usage: json-baseline INPUT OUTPUT\n";
         return 2;
     }
     const File input = open(arguments[1], "rb");
     const File output = open(arguments[2], "wb");
     if (input == nullptr || output == nullptr) {
-        std::perror("json_baseline");
+        std::perror("json-baseline");
         return 1;
     }
     char inputBuffer[65536];
@@ -41,7 +41,7 @@ int main(int argumentCount, char** arguments)
     rapidjson::Reader reader;
     const rapidjson::ParseResult result = reader.Parse(source, writer);
     if (!result) {
-        std::cerr << "json_baseline: " << rapidjson::GetParseError_En(result.Code()) << " At byte "
+        std::cerr << "json-baseline: " << rapidjson::GetParseError_En(result.Code()) << " At byte "
                   << result.Offset() << '\n';
         return 1;
     }

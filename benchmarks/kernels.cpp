@@ -1,6 +1,7 @@
 // Times the kernels by themselves, each beside its portable twin, on about one batch of text.
-#include "corda/i18n/utf8_encoder.hpp"
-#include "tarn/xml/TextEscaping.hpp"
+#include "tarn/xml/text_escaping.hpp"
+#include "text/utf16.hpp"
+#include "text/utf8_encoder.hpp"
 
 #include <benchmark/benchmark.h>
 
@@ -12,7 +13,7 @@ namespace benchmarks {
 
 namespace {
 
-using namespace corda::i18n::detail;
+using namespace tarn::text;
 using namespace tarn::utils;
 
 constexpr std::size_t BATCH = 8192;
@@ -57,7 +58,7 @@ void addEncoder(const Sample& sample, const char* name, Utf8Encoder encoder)
     if (encoder == nullptr) {
         return; // this processor cannot run it
     }
-    std::string out(encoded_utf8_bound(sample.text().size()), '\0');
+    std::string out(encodedUtf8Bound(sample.text().size()), '\0');
     add("encode/" + sample.name + '/' + name, sample.text(),
         [encoder, out](const char16_t* first, const char16_t* last) mutable {
             return encoder(first, last, out.data()).written;
@@ -87,8 +88,8 @@ std::size_t countBytes(const char16_t* first, const char16_t* last)
 {
     std::size_t bytes = 0;
     for (; first != last; ++first) {
-        const bool isSurrogate = (*first & 0xF800) == 0xD800; // each counts for half of four bytes
-        bytes += 1u + (*first >= 0x80) + (*first >= 0x800) - isSurrogate;
+        const bool halfPair = isSurrogate(*first); // each counts for half of four bytes
+        bytes += 1u + (*first >= 0x80) + (*first >= 0x800) - halfPair;
     }
     return bytes;
 }
@@ -101,9 +102,9 @@ int main(int argumentCount, char** arguments)
 {
     using namespace benchmarks;
     for (const Sample& sample : SAMPLES) {
-        addEncoder(sample, "portable", encode_utf8_portable);
-        addEncoder(sample, "ssse3", utf8_encoder_for_ssse3());
-        addEncoder(sample, "avx512", utf8_encoder_for_avx512());
+        addEncoder(sample, "portable", encodeUtf8Portable);
+        addEncoder(sample, "ssse3", utf8EncoderForSsse3());
+        addEncoder(sample, "avx512", utf8EncoderForAvx512());
         addEscaper(sample, "portable", escapeMarkupPortable);
         addEscaper(sample, "vector", escapeMarkup);
     }

@@ -1,5 +1,5 @@
 // Times every document with every writer, after a check that what was written is the document.
-#include "benchmarks/Registry.hpp"
+#include "benchmarks/registry.hpp"
 
 #include <fstream>
 #include <iostream>

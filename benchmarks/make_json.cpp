@@ -1,7 +1,7 @@
 // Writes a JSON file of about the size that is asked for: an array of records with every kind of
 // value, text in many scripts among them. The same in every run.
 #include "benchmarks/documents/TextSource.hpp"
-#include "benchmarks/Forms.hpp"
+#include "benchmarks/text_forms.hpp"
 
 #include <rapidjson/ostreamwrapper.h>
 #include <rapidjson/writer.h>
@@ -82,7 +82,7 @@ int main(int argumentCount, char** arguments)
     if (argumentCount != 3 ||
         std::from_chars(arguments[1], arguments[1] + std::strlen(arguments[1]), bytes).ec !=
             std::errc()) {
-        std::cerr << "Usage: make_json BYTES OUTPUT\n";
+        std::cerr << "Usage: make-json BYTES OUTPUT\n";
         return 2;
     }
     std::ofstream output(arguments[2], std::ios::binary);
@@ -96,7 +96,7 @@ int main(int argumentCount, char** arguments)
     writer.EndArray();
     output.close();
     if (!output) {
-        std::cerr << "make_json: " << arguments[2] << ": cannot be written\n";
+        std::cerr << "make-json: " << arguments[2] << ": cannot be written\n";
         return 1;
     }
 }

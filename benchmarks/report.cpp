@@ -1,4 +1,4 @@
-// Prints what writers_benchmark measured: how many times as long as our writer each other writer
+// Prints what benchmark-writers measured: how many times as long as our writer each other writer
 // took, beside the least that we want.
 #include "benchmarks/Results.hpp"
 

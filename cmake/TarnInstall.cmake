@@ -9,7 +9,7 @@ install(TARGETS tarn-utils EXPORT tarn-targets FILE_SET HEADERS
     LIBRARY COMPONENT library NAMELINK_COMPONENT development)
 if(NOT BUILD_SHARED_LIBS)
     # A static library leaves its base layer to the consumer's linker.
-    install(TARGETS tarn-objects ${TARN_PLATFORM_TARGET} EXPORT tarn-targets)
+    install(TARGETS tarn-objects ${TARN_PLATFORM_TARGET} tarn-text EXPORT tarn-targets)
 endif()
 if(TARGET tarn-framework)
     # In a directory of its own, beside which the real framework can be installed.
@@ -30,7 +30,7 @@ set(pkg_config_cflags "")
 set(pkg_config_libs "-ltarn-utils")
 set(pkg_config_requires "")
 if(NOT BUILD_SHARED_LIBS)
-    string(APPEND pkg_config_libs " -ltarn-platform -lstdc++")
+    string(APPEND pkg_config_libs " -ltarn-platform -ltarn-text -lstdc++")
     set(pkg_config_requires "minizip, zlib")
 endif()
 if(TARN_FRAMEWORK_TARGET STREQUAL "CppMicroServices")

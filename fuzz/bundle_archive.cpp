@@ -3,9 +3,9 @@
 //
 // The file is read and its bundles go into a registry of their own, as an installation would do
 // with the one of the process. That one only grows, and would remember the inputs before.
-#include "fuzz/Require.hpp"
+#include "fuzz/require.hpp"
 #include "support/Input.hpp"
-#include "support/Zip.hpp"
+#include "support/zip.hpp"
 
 #include <cppmicroservices/BundleRegistry.hpp>
 #include <halyard/cppmicroservices/bundle_file.hpp>

@@ -1,9 +1,9 @@
 // Any bytes as the input of json2xml: what is JSON becomes XML that says the same, and what becomes
 // of an input does not depend on the blocks that it comes in.
-#include "fuzz/Require.hpp"
-#include "support/Difference.hpp"
-#include "tests/tools/json2xml/Outline.hpp"
-#include "tools/json2xml/Conversion.hpp"
+#include "fuzz/require.hpp"
+#include "support/difference.hpp"
+#include "tests/tools/json2xml/json_outline.hpp"
+#include "tools/json2xml/convert.hpp"
 
 #include <sstream>
 #include <stdexcept>

@@ -1,9 +1,9 @@
 // Any sequence of calls gives what the reference writer says, and on the texts among their
 // arguments every vector kernel does what the plain way of its work does.
-#include "fuzz/Require.hpp"
-#include "support/EncodingFault.hpp"
-#include "support/EscapingFault.hpp"
-#include "support/WrittenCalls.hpp"
+#include "fuzz/require.hpp"
+#include "support/encoding_fault.hpp"
+#include "support/escaping_fault.hpp"
+#include "support/written_calls.hpp"
 
 using namespace tarn;
 

@@ -1,6 +1,6 @@
 // Documents that are written as the guide says, from any bytes.
-#include "fuzz/Require.hpp"
-#include "support/WrittenDocument.hpp"
+#include "fuzz/require.hpp"
+#include "support/written_document.hpp"
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t size)
 {

@@ -2,7 +2,7 @@
 #pragma once
 
 #include "benchmarks/documents/TextSource.hpp"
-#include "benchmarks/Forms.hpp"
+#include "benchmarks/text_forms.hpp"
 
 #include <vector>
 

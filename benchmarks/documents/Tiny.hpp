@@ -1,7 +1,7 @@
 // Very small documents, each with a writer and a target of its own.
 #pragma once
 
-#include "benchmarks/Forms.hpp"
+#include "benchmarks/text_forms.hpp"
 
 namespace benchmarks {
 

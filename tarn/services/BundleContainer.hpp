@@ -1,7 +1,7 @@
 // BundleContainer: the service bundles found at a path.
 #pragma once
 
-#include "tarn/Export.hpp"
+#include "tarn/export.hpp"
 
 #include <cppmicroservices/Bundle.h>
 #include <cstddef>

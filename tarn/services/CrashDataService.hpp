@@ -1,7 +1,7 @@
 // CrashDataService: the interface through which modules say what a crash report should tell.
 #pragma once
 
-#include "tarn/Export.hpp"
+#include "tarn/export.hpp"
 
 #include <string>
 

@@ -1,7 +1,7 @@
 // Decimal formatting of unsigned integers as UTF-16 text.
 #pragma once
 
-#include "tarn/Export.hpp"
+#include "tarn/export.hpp"
 
 #include <string>
 

@@ -1,6 +1,6 @@
 #include "tarn/xml/PieceOutput.hpp"
 
-#include "tarn/xml/Constants.hpp"
+#include "tarn/xml/constants.hpp"
 
 #include <typeinfo>
 

@@ -5,7 +5,7 @@
 // without filling a batch or allocating, it is appended in place, without a call for each piece.
 #pragma once
 
-#include "tarn/xml/CopyUnits.hpp"
+#include "tarn/xml/copy_units.hpp"
 #include "tarn/xml/Sink.hpp"
 
 #include <algorithm>

@@ -1,17 +1,10 @@
 #include "tarn/xml/Sink.hpp"
 
+#include "text/utf16.hpp"
+
 #include <ostream>
 
 namespace tarn::utils {
-
-namespace {
-
-bool endsInsideSurrogatePair(const std::u16string& text)
-{
-    return text.back() >= 0xD800 && text.back() <= 0xDBFF;
-}
-
-} // namespace
 
 UStringSink::UStringSink(std::u16string& target) : target(target)
 {
@@ -39,7 +32,7 @@ ConvertingSink::ConvertingSink() : converter("UTF-8", true)
 Sink& ConvertingSink::write(const std::u16string& text)
 {
     buffer.append(text);
-    if (buffer.size() > BUFFER_CAPACITY && !endsInsideSurrogatePair(buffer)) {
+    if (buffer.size() > BUFFER_CAPACITY && !text::isHighSurrogate(buffer.back())) {
         writeConverted(converter.do_convert(buffer.data(), buffer.size()));
         buffer.clear();
     }

@@ -1,6 +1,6 @@
 #include "tarn/xml/XmlWriter.hpp"
 
-#include "tarn/xml/Constants.hpp"
+#include "tarn/xml/constants.hpp"
 #include "tarn/xml/Sink.hpp"
 #include "tarn/xml/XmlWriterImpl.hpp"
 

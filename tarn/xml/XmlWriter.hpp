@@ -1,7 +1,7 @@
 // XmlWriter: a streaming, namespace-aware writer of XML text. This header is its manual.
 #pragma once
 
-#include "tarn/Export.hpp"
+#include "tarn/export.hpp"
 
 #include <iosfwd>
 #include <string>

@@ -1,8 +1,8 @@
 #include "tarn/xml/XmlWriterImpl.hpp"
 
 #include "tarn/utils/num_to_string.hpp"
-#include "tarn/xml/Constants.hpp"
-#include "tarn/xml/TextEscaping.hpp"
+#include "tarn/xml/constants.hpp"
+#include "tarn/xml/text_escaping.hpp"
 
 #include <string_view>
 #include <utility>

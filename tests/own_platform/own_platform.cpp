@@ -2,7 +2,7 @@
 #include "corda/i18n/codecvt_ustring_to_string.hpp"
 #include "halyard/cppmicroservices/install.hpp"
 
-#include "support/ReferenceUtf8.hpp"
+#include "support/reference_utf8.hpp"
 
 std::string corda::i18n::codecvt_ustring_to_string::do_convert(const char16_t* text,
                                                                unsigned long length) const

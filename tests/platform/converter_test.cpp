@@ -1,4 +1,4 @@
-#include "support/ReferenceUtf8.hpp"
+#include "support/reference_utf8.hpp"
 
 #include <corda/i18n/codecvt_ustring_to_string.hpp>
 

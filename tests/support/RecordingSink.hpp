@@ -1,7 +1,7 @@
 // A sink that keeps every piece that it is handed, and fails when told to; the writer over it.
 #pragma once
 
-#include "support/Composed.hpp"
+#include "support/CompositeOperations.hpp"
 
 #include <tarn/xml/Sink.hpp>
 #include <tarn/xml/XmlWriterImpl.hpp>
@@ -62,11 +62,11 @@ private:
 };
 
 /// The writer's implementation with the operations that the public class adds to it.
-class RecordedWriter : public Composed<utils::XmlWriter::Impl>
+class RecordedWriter : public CompositeOperations<utils::XmlWriter::Impl>
 {
 public:
     explicit RecordedWriter(Recording& recording)
-        : Composed(std::make_unique<RecordingSink>(recording))
+        : CompositeOperations(std::make_unique<RecordingSink>(recording))
     {
     }
 };

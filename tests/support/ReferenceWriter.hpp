@@ -1,8 +1,10 @@
 // The writer's behaviour written down as plainly as possible, to compare the fast writer with.
 #pragma once
 
-#include "support/Composed.hpp"
-#include "support/ReferenceUtf8.hpp"
+#include "support/CompositeOperations.hpp"
+#include "support/reference_utf8.hpp"
+
+#include <text/utf16.hpp>
 
 #include <deque>
 #include <map>
@@ -165,7 +167,7 @@ private:
             }
             unconverted += text;
             const bool endsInHighSurrogate =
-                !unconverted.empty() && (unconverted.back() & 0xFC00) == 0xD800;
+                !unconverted.empty() && text::isHighSurrogate(unconverted.back());
             if (unconverted.size() > 8192 && !endsInHighSurrogate) {
                 convert();
             }
@@ -248,6 +250,6 @@ private:
     Text unconverted;
 };
 
-using ReferenceWriter = Composed<BasicReferenceWriter>;
+using ReferenceWriter = CompositeOperations<BasicReferenceWriter>;
 
 } // namespace tarn::tests

@@ -1,5 +1,7 @@
 #include "tools/json2xml/JsonInput.hpp"
 
+#include "text/utf16.hpp"
+
 #include <algorithm>
 #include <charconv>
 #include <cstring>
@@ -19,7 +21,7 @@ constexpr std::size_t SHORT_ESCAPE_SIZE = 2;
 constexpr char REPLACEMENT_DIGITS[] = {'F', 'F', 'F', 'D'};
 
 /// The code unit of the Unicode escape that begins at @p first, if one does.
-std::optional<unsigned> escapedCodeUnit(const char* first, const char* last)
+std::optional<char16_t> escapedCodeUnit(const char* first, const char* last)
 {
     if (!std::string_view(first, last).starts_with(UNICODE_ESCAPE_START) ||
         last - first < static_cast<std::ptrdiff_t>(UNICODE_ESCAPE_SIZE)) {
@@ -27,19 +29,9 @@ std::optional<unsigned> escapedCodeUnit(const char* first, const char* last)
     }
     const char* const digits = first + UNICODE_ESCAPE_START.size();
     const char* const end = first + UNICODE_ESCAPE_SIZE;
-    unsigned codeUnit = 0;
+    std::uint16_t codeUnit = 0; // from_chars takes no char16_t
     const bool isWhole = std::from_chars(digits, end, codeUnit, 16).ptr == end;
-    return isWhole ? std::optional(codeUnit) : std::nullopt;
-}
-
-bool isHighSurrogate(unsigned codeUnit)
-{
-    return codeUnit >= 0xD800 && codeUnit <= 0xDBFF;
-}
-
-bool isLowSurrogate(unsigned codeUnit)
-{
-    return codeUnit >= 0xDC00 && codeUnit <= 0xDFFF;
+    return isWhole ? std::optional<char16_t>(codeUnit) : std::nullopt;
 }
 
 bool isContinuationByte(char byte)
@@ -51,15 +43,16 @@ bool isContinuationByte(char byte)
 /// a surrogate pair, of both escapes.
 std::size_t pairSurrogates(char* first, const char* last)
 {
-    const std::optional<unsigned> codeUnit = escapedCodeUnit(first, last);
+    const std::optional<char16_t> codeUnit = escapedCodeUnit(first, last);
     if (!codeUnit) {
         return SHORT_ESCAPE_SIZE;
     }
-    if (isHighSurrogate(*codeUnit) &&
-        isLowSurrogate(escapedCodeUnit(first + UNICODE_ESCAPE_SIZE, last).value_or(0))) {
+    if (tarn::text::isHighSurrogate(*codeUnit) &&
+        tarn::text::isLowSurrogate(
+            escapedCodeUnit(first + UNICODE_ESCAPE_SIZE, last).value_or(0))) {
         return 2 * UNICODE_ESCAPE_SIZE;
     }
-    if (isHighSurrogate(*codeUnit) || isLowSurrogate(*codeUnit)) {
+    if (tarn::text::isHighSurrogate(*codeUnit) || tarn::text::isLowSurrogate(*codeUnit)) {
         std::ranges::copy(REPLACEMENT_DIGITS, first + UNICODE_ESCAPE_START.size());
     }
     return UNICODE_ESCAPE_SIZE;

@@ -1,5 +1,5 @@
 // json2xml: converts JSON to XML.
-#include "tools/json2xml/Conversion.hpp"
+#include "tools/json2xml/convert.hpp"
 #include "tools/json2xml/JsonInput.hpp"
 #include "tools/json2xml/Options.hpp"
 #include "tools/json2xml/OutputFile.hpp"

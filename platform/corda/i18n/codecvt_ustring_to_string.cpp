@@ -1,6 +1,6 @@
 #include "corda/i18n/codecvt_ustring_to_string.hpp"
 
-#include "corda/i18n/utf8_encoder.hpp"
+#include "text/utf8_encoder.hpp"
 
 #include <algorithm>
 #include <stdexcept>
@@ -37,17 +37,17 @@ std::string codecvt_ustring_to_string::do_convert(const char16_t* text, unsigned
 {
     const char16_t* unpaired = nullptr;
     std::string bytes;
-    bytes.resize_and_overwrite(detail::encoded_utf8_bound(length), [&](char* out,
-                                                                       std::size_t) noexcept {
+    bytes.resize_and_overwrite(tarn::text::encodedUtf8Bound(length), [&](char* out,
+                                                                         std::size_t) noexcept {
         const char16_t* const last = text + length;
-        detail::EncodedUtf8 progress = detail::encode_utf8(text, last, out);
+        tarn::text::EncodedUtf8 progress = tarn::text::encodeUtf8(text, last, out);
         while (progress.read != last) {
             if (!replaceUnpaired) {
                 unpaired = progress.read;
                 break;
             }
             char* const resumed = std::ranges::copy(REPLACEMENT_CHARACTER, progress.written).out;
-            progress = detail::encode_utf8(progress.read + 1, last, resumed);
+            progress = tarn::text::encodeUtf8(progress.read + 1, last, resumed);
         }
         return progress.written - out;
     });

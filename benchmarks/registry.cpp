@@ -1,0 +1,17 @@
+#include "benchmarks/registry.hpp"
+
+namespace benchmarks {
+
+std::vector<Case>& cases()
+{
+    static std::vector<Case> registered;
+    return registered;
+}
+
+OutlineReader& outlineReader()
+{
+    static OutlineReader reader = nullptr;
+    return reader;
+}
+
+} // namespace benchmarks

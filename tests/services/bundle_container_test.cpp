@@ -1,0 +1,356 @@
+// Bundles installed from files and directories, good and bad. Framework and bundles live as long as
+// the process, so that each test has bundles of its own names.
+
+#include "support/files.hpp"
+#include "support/zip.hpp"
+
+#include <tarn/services/BundleContainer.hpp>
+
+#include <algorithm>
+#include <filesystem>
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <memory>
+#include <stdexcept>
+#include <string>
+#include <sys/stat.h>
+#include <thread>
+#include <unistd.h>
+#include <vector>
+
+namespace tarn::tests {
+
+namespace {
+
+using cppmicroservices::Bundle;
+using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::IsEmpty;
+using testing::StartsWith;
+using utils::services::BundleContainer;
+using namespace std::string_literals;
+
+std::u16string utf16(const std::string& path)
+{
+    return std::filesystem::path(path).u16string();
+}
+
+std::vector<Bundle> install(const std::u16string& path)
+{
+    BundleContainer container(path);
+    return {container.getBundles().begin(), container.getBundles().end()};
+}
+
+std::vector<Bundle> install(const std::string& path)
+{
+    return install(utf16(path));
+}
+
+std::vector<std::string> namesOf(const std::vector<Bundle>& bundles)
+{
+    std::vector<std::string> names;
+    for (const Bundle& bundle : bundles) {
+        names.push_back(bundle.GetSymbolicName());
+    }
+    return names;
+}
+
+/// What is said when @p path is refused.
+std::string refusal(const auto& path)
+{
+    try {
+        return "installed " + testing::PrintToString(namesOf(install(path)));
+    } catch (const std::runtime_error& error) {
+        return error.what();
+    }
+}
+
+/// Puts a bundle into @p file and installs it, which shows that no other file has brought it.
+void expectNotInstalled(const std::string& name, const std::string& file)
+{
+    writeFile(file, bundleZip(name));
+    EXPECT_THAT(namesOf(install(file)), ElementsAre(name));
+}
+
+TEST(BundleContainer, HoldsTheBundlesOfAnArchiveInTheOrderOfTheirNames)
+{
+    BundleContainer container(utf16(BUNDLE_ARCHIVE));
+    const BundleContainer::Bundles bundles = container.getBundles();
+    ASSERT_EQ(bundles.size(), 2u);
+    const Bundle& first = *bundles.begin();
+    const Bundle& second = *std::next(bundles.begin());
+    EXPECT_EQ(first.GetSymbolicName(), "harbour");
+    EXPECT_EQ(second.GetSymbolicName(), "lighthouse");
+    EXPECT_EQ(first.GetLocation(), BUNDLE_ARCHIVE);
+    EXPECT_GE(first.GetBundleId(), 1);
+    EXPECT_TRUE(first && first < second && first != second && !(second < first));
+
+    EXPECT_EQ(container.getBundles(), bundles);
+    BundleContainer other(utf16(BUNDLE_ARCHIVE));
+    EXPECT_NE(other.getBundles(), bundles);
+    EXPECT_NE(BundleContainer::Bundles(bundles.begin(), bundles.begin()), bundles);
+    EXPECT_TRUE(std::ranges::equal(other.getBundles(), bundles));
+}
+
+TEST(BundleContainer, FindsArchivesInSharedLibraries)
+{
+    const Directory directory;
+    const std::string library = readFile(SHARED_LIBRARY);
+    writeFile(directory / "appended.so", library + bundleZip("appended"));
+    EXPECT_THAT(namesOf(install(directory / "appended.so")), ElementsAre("appended"));
+    writeFile(directory / "signed.so", library + bundleZip("signed") + "~signature appended~");
+    EXPECT_THAT(namesOf(install(directory / "signed.so")), ElementsAre("signed"));
+
+    // These bundles come from another file if this process has run the test above.
+    std::filesystem::copy_file(LINKED_BUNDLES, directory / "linked.so");
+    EXPECT_THAT(refusal(directory / "linked.so"),
+                testing::AnyOf(HasSubstr("harbour\", \"lighthouse"), HasSubstr("installed already"),
+                               HasSubstr("already installed")));
+}
+
+TEST(BundleContainer, GivesTheSameBundlesForTheSameFile)
+{
+    const Directory directory;
+    const std::string file = directory / "same.zip";
+    writeFile(file, bundleZip("same"));
+    const std::vector<Bundle> bundles = install(file);
+    const std::filesystem::path before = std::filesystem::current_path();
+    std::filesystem::current_path(directory / "");
+    EXPECT_EQ(install(u"same.zip"), bundles);
+    EXPECT_EQ(install(u".//same.zip/."), bundles);
+    std::filesystem::current_path(before);
+    EXPECT_EQ(install(directory / ".//same.zip"), bundles);
+
+    // Of the same name and version, but of another file.
+    std::filesystem::copy_file(file, directory / "copy.zip");
+    EXPECT_THAT(refusal(directory / "copy.zip"), StartsWith(directory / "copy.zip: "));
+    writeFile(directory / "newer.zip", bundleZip("same", "1.0.1"));
+    EXPECT_THAT(namesOf(install(directory / "newer.zip")), ElementsAre("same"));
+}
+
+TEST(BundleContainer, InstallsADirectoryInTheOrderOfItsFiles)
+{
+    const Directory directory;
+    writeFile(directory / "b.zip", bundleZip("of-b"));
+    writeFile(directory / "a.so", readFile(SHARED_LIBRARY) + bundleZip("of-a"));
+    writeFile(directory / "\xFF.zip", bundleZip("of-name-in-no-encoding"));
+    std::filesystem::create_symlink("b2", directory / "c.zip");
+    writeFile(directory / "b2", bundleZip("of-link"));
+    // No bundles, or not to be looked for.
+    writeFile(directory / "plain.so", readFile(SHARED_LIBRARY));
+    writeFile(directory / "constant.so", readFile(SHARED_LIBRARY) + "PK\5\6" + std::string(99, 7));
+    writeFile(directory / "empty.zip", zip({}));
+    writeFile(directory / "nothing.zip", "");
+    writeFile(directory / "text.zip", "text");
+    writeFile(directory / "data.zip", zip({{"readme", "text"}, {"folder/readme", "text"}}));
+    writeFile(directory / "d.zip.old", bundleZip("of-other-ending"));
+    writeFile(directory / "libd.so.1", bundleZip("of-other-ending"));
+    std::filesystem::create_directory(directory / "e.zip");
+    writeFile(directory / "e.zip/f.zip", bundleZip("of-directory-inside"));
+    ASSERT_EQ(::mkfifo((directory / "pipe.so").c_str(), 0600), 0);
+
+    const std::vector<Bundle> bundles = install(directory / "");
+    EXPECT_THAT(namesOf(bundles), ElementsAre("of-a", "of-b", "of-link", "of-name-in-no-encoding"));
+    EXPECT_EQ(bundles.front().GetLocation(), directory / "a.so");
+    EXPECT_EQ(install(directory / "."), bundles);
+
+    std::filesystem::create_directory(directory / "none");
+    EXPECT_THAT(install(directory / "none"), IsEmpty());
+}
+
+TEST(BundleContainer, InstallsNothingOfADirectoryWithABadFile)
+{
+    const Directory directory;
+    const std::pair<std::string, std::string> cases[] = {
+        {"cut.zip", bundleZip("cut").substr(0, 60)},
+        {"cut.so", readFile(SHARED_LIBRARY) + bundleZip("cut").substr(0, 60)},
+        {"damaged.zip", zip({{"damaged/manifest.json", "{}"}})},
+        {"twice.zip", bundleZip("good")},
+    };
+    for (const auto& [name, contents] : cases) {
+        const std::string bad = directory / "z-" + name;
+        writeFile(directory / "good.zip", bundleZip("good"));
+        writeFile(bad, contents);
+        EXPECT_THAT(refusal(directory / ""), StartsWith(bad + ": "));
+        std::filesystem::remove(bad);
+    }
+    std::filesystem::create_symlink("missing", directory / "link.so");
+    EXPECT_THAT(refusal(directory / ""), StartsWith(directory / "link.so: No such file"));
+    std::filesystem::remove(directory / "good.zip");
+    expectNotInstalled("good", directory / "other.zip");
+}
+
+TEST(BundleContainer, SaysWhatIsWrongWithAFile)
+{
+    const Directory directory;
+    const std::string good = bundleZip("refused");
+    const std::string goodManifest = R"({"bundle.symbolic_name":"refused"})";
+    const auto withEntry = [&](const ZipEntry& entry) {
+        return zip({{"refused/manifest.json", goodManifest}, entry});
+    };
+    const auto withManifest = [](const std::string& json) {
+        return zip({{"refused/manifest.json", json}});
+    };
+    std::vector<ZipEntry> many;
+    for (int i = 0; i < 1001; ++i) {
+        many.push_back({std::to_string(i) + "/manifest.json", goodManifest});
+    }
+    std::string directoryDamaged = good;
+    directoryDamaged[good.rfind("PK\1\2")] = 'Q';
+    std::string entryDamaged = good;
+    entryDamaged[good.find("symbolic")] = 'S';
+    const std::pair<std::string, std::string> cases[] = {
+        {"", "the file holds no bundle"},
+        {"text", "the file holds no bundle"},
+        {zip({}), "the file holds no bundle"},
+        {zip({{"manifest.json", goodManifest}}), "the file holds no bundle"},
+        {zip({{"a/b/manifest.json", goodManifest}}), "the file holds no bundle"},
+        {readFile(SHARED_LIBRARY), "the file holds no bundle"},
+        // Damage.
+        {good.substr(0, good.size() - 1), "the archive is cut short"},
+        {good.substr(0, 4), "the archive is cut short"},
+        {directoryDamaged, "the archive's directory is damaged"},
+        {readFile(SHARED_LIBRARY) + directoryDamaged, "the archive's directory is damaged"},
+        {zip({{"refused/manifest.json", goodManifest}}, 3), "the archive's directory is damaged"},
+        {entryDamaged, "refused/manifest.json is damaged"},
+        {zip({{"refused/manifest.json", goodManifest, {}, 1}}), "refused/manifest.json is damaged"},
+        {zip({{"refused/manifest.json", goodManifest, {}, {}, 0, 99}}),
+         "refused/manifest.json is damaged"},
+        {zip({{"refused/manifest.json", goodManifest, {}, {}, 1}}),
+         "refused/manifest.json is encrypted"},
+        // What would take too much memory, or lead out of the archive.
+        {zip({{"refused/manifest.json", goodManifest, 4'000'000'000}}), "is too long: 4000000000"},
+        {zip({{"refused/manifest.json", goodManifest, 1'000'000}}), "manifest.json is damaged"},
+        {withManifest("{\"x\":\"" + std::string(2'000'000, 'x') + "\"}"), "is too long: 2000008"},
+        {withManifest(std::string(900'000, '[')), "nested deeper than 100 levels"},
+        {zip(many), "more than 1000 bundles"},
+        {withEntry({"refused/../../etc/passwd", "x"}),
+         "the entry refused/../../etc/passwd leads out of the archive"},
+        {zip({{"../manifest.json", goodManifest}}), "../manifest.json leads out of the archive"},
+        {withEntry({"/etc/passwd", "x"}), "leads out"},
+        {withEntry({"refused/a\0b"s, "x"}), "leads out"},
+        // Manifests.
+        {withEntry({"other/readme", "text"}), "the bundle other has no manifest.json"},
+        {withEntry({"refused/manifest.json", goodManifest}),
+         "refused/manifest.json is there twice"},
+        {withManifest(""), "refused/manifest.json: The document is empty"},
+        {withManifest("[1]"), "refused/manifest.json: not a JSON object"},
+        {withManifest("{\"a\":1,}"), "(byte 8)"},
+        {withManifest(goodManifest + " x"), "(byte "},
+        {withManifest(goodManifest + "\0x"s), "a NUL (byte "},
+        {withManifest("{}"), "no bundle.symbolic_name"},
+        {withManifest(R"({"x":{"bundle.symbolic_name":"x"}})"), "no bundle.symbolic_name"},
+        {withManifest(R"({"bundle.symbolic_name":""})"), "no bundle.symbolic_name"},
+        {withManifest(R"({"bundle.symbolic_name":7})"), "no bundle.symbolic_name"},
+        {withManifest(R"({"bundle.symbolic_name":{"a":"x"}})"), "no bundle.symbolic_name"},
+        {withManifest(R"({"bundle.symbolic_name":"a","bundle.version":1})"), "is not a string"},
+        {withManifest(R"({"bundle.symbolic_name":"a","bundle.version":"1.x"})"),
+         "\"1.x\" is not a version"},
+        {withManifest(R"({"bundle.symbolic_name":"a","bundle.version":"1.2.3.4.5"})"),
+         "\"1.2.3.4.5\" is not a version"},
+    };
+    for (const auto& [contents, problem] : cases) {
+        writeFile(directory / "bad.zip", contents);
+        const std::string said = refusal(directory / "bad.zip");
+        EXPECT_THAT(said, StartsWith(directory / "bad.zip: ")) << problem;
+        EXPECT_THAT(said, HasSubstr(problem));
+    }
+    expectNotInstalled("refused", directory / "good.zip");
+}
+
+TEST(BundleContainer, TakesManifestsInEveryForm)
+{
+    const Directory directory;
+    const std::string manifests[] = {
+        R"({"bundle.symbolic_name":"x"})",
+        R"({"BUNDLE.Symbolic_Name":"x","bundle.version":"1.2.3.beta-1_A"})",
+        R"({"bundle.symbolic_name":"x","bundle.symbolic_name":"","bundle.version":"7"})",
+        R"({"bundle.version":"0.1","deep":[[{"bundle.version":"no"}]],"bundle.symbolic_name":"x"})",
+    };
+    for (const std::string& manifest : manifests) {
+        const std::string name = "form-" + std::to_string(&manifest - manifests);
+        writeFile(directory / name, zip({{name + "/manifest.json", manifest}, {"loose", "x"}}));
+        EXPECT_THAT(refusal(directory / name), HasSubstr("installed {"));
+    }
+}
+
+TEST(BundleContainer, TakesPathsOfEveryKindAndRefusesWhatIsNone)
+{
+    EXPECT_THAT(install(u""), IsEmpty());
+
+    const Directory directory;
+    writeFile(directory / "caf\u00E9 \u4E2D\u6587 \U0001F600.zip", bundleZip("non-ascii"));
+    EXPECT_THAT(namesOf(install(utf16(directory / "") + u"caf\u00E9 \u4E2D\u6587 \U0001F600.zip")),
+                ElementsAre("non-ascii"));
+
+    std::string deep = directory / "";
+    while (deep.size() < 3800) {
+        deep += std::string(200, 'd') + '/';
+    }
+    std::filesystem::create_directories(deep);
+    writeFile(deep + "long.zip", bundleZip("long-path"));
+    EXPECT_THAT(namesOf(install(deep + "long.zip")), ElementsAre("long-path"));
+    std::string roundabout = directory / "";
+    for (int i = 0; i < 10'000; ++i) {
+        roundabout += ".//";
+    }
+    EXPECT_EQ(install(roundabout + deep.substr((directory / "").size()) + "long.zip"),
+              install(deep + "long.zip"));
+
+    const std::u16string base = utf16(directory / "");
+    const std::pair<std::u16string, std::string> cases[] = {
+        {base + u"missing.zip", directory / "missing.zip: No such file or directory"},
+        {base + std::u16string(300, u'x'), "File name too long"},
+        {u"/dev/null", "/dev/null: neither a file nor a directory"},
+        {u"/tmp/a\xD800", "\"/tmp/a\uFFFD\" cannot be a path: unpaired surrogate at index 6"},
+        {u"/tmp/\0b"s, "\"/tmp/\" cannot be a path: NUL at index 5"},
+    };
+    for (const auto& [path, problem] : cases) {
+        EXPECT_THAT(refusal(path), HasSubstr(problem));
+    }
+}
+
+TEST(BundleContainer, IsMadeAndDeletedByItsCaller)
+{
+    const Directory directory;
+    writeFile(directory / "made.zip", bundleZip("made"));
+    const std::unique_ptr<BundleContainer> container(
+        BundleContainer::createBundleContainer(utf16(directory / "made.zip")));
+    EXPECT_EQ(container->getBundles().size(), 1u);
+    EXPECT_THROW(BundleContainer::createBundleContainer(utf16(directory / "missing.zip")),
+                 std::runtime_error);
+}
+
+TEST(BundleContainer, IsMadeByManyThreadsAtOnce)
+{
+    const Directory directory;
+    for (const std::string name : {"t1", "t2", "t3"}) {
+        writeFile(directory / name + ".zip", bundleZip(name));
+    }
+    std::vector<std::vector<Bundle>> results(8);
+    {
+        std::vector<std::jthread> threads;
+        for (std::vector<Bundle>& result : results) {
+            threads.emplace_back([&] { result = install(directory / ""); });
+        }
+    }
+    for (const std::vector<Bundle>& result : results) {
+        EXPECT_THAT(namesOf(result), ElementsAre("t1", "t2", "t3"));
+        EXPECT_EQ(result, results.front());
+    }
+}
+
+TEST(Bundle, SaysThatItIsInvalid)
+{
+    const Bundle invalid;
+    EXPECT_FALSE(invalid);
+    EXPECT_EQ(invalid, Bundle());
+    EXPECT_FALSE(invalid < Bundle());
+    EXPECT_THROW(invalid.GetBundleId(), std::invalid_argument);
+    EXPECT_THROW(invalid.GetSymbolicName(), std::invalid_argument);
+    EXPECT_THROW(invalid.GetLocation(), std::invalid_argument);
+}
+
+} // namespace
+
+} // namespace tarn::tests

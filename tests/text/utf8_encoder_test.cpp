@@ -1,0 +1,46 @@
+// Each encoder against the plain conversion.
+
+#include "support/encoding_fault.hpp"
+#include "support/kernel_texts.hpp"
+
+#include <gtest/gtest.h>
+
+#include <string>
+
+namespace tarn::tests {
+
+namespace {
+
+void check(std::u16string_view text)
+{
+    ASSERT_EQ(faultOfEncoding(text), "");
+}
+
+TEST(Utf8Encoder, EncodesEveryKindOfUnitAtEveryPlace)
+{
+    static constexpr char16_t KINDS[] = {
+        0x0000, 0x0041, 0x007F, 0x0080, 0x00E9, 0x07FF, 0x0800, 0x4E2D,
+        0xD7FF, 0xD800, 0xDBFF, 0xDC00, 0xDFFF, 0xE000, 0xFFFD, 0xFFFF,
+    };
+    for (const char16_t background : {u'a', u'\u00E9', u'\u4E2D'}) {
+        forEachKernelText(KINDS, background, check);
+    }
+}
+
+TEST(Utf8Encoder, EncodesSurrogatePairsAtEveryPlace)
+{
+    for (std::size_t length = 2; length <= 100; ++length) {
+        for (std::size_t place = 0; place + 1 < length; ++place) {
+            std::u16string text(length, u'\u0416');
+            text[place] = 0xD83D;
+            text[place + 1] = 0xDE00;
+            check(text);
+            text[length - 1] = 0xDBFF;
+            check(text);
+        }
+    }
+}
+
+} // namespace
+
+} // namespace tarn::tests

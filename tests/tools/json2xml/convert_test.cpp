@@ -1,0 +1,221 @@
+// What json2xml makes of JSON, and of what is none.
+#include "support/difference.hpp"
+#include "tools/json2xml/json_outline.hpp"
+#include "tools/json2xml/run_program.hpp"
+
+#include <filesystem>
+#include <fstream>
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <string>
+#include <sys/resource.h>
+
+namespace {
+
+using namespace json2xml::test;
+using namespace std::string_literals;
+using tarn::tests::difference;
+
+/// What one block of the input holds.
+constexpr std::size_t BLOCK_SIZE = 64 * 1024;
+
+#if !IS_SANITIZED
+TEST(Json2xml, NeedsNoMoreMemoryForAMillionRecords)
+{
+    constexpr long LIMIT_IN_KILOBYTES = 40'000;
+    const Directory directory;
+    {
+        // Never in memory, since a new process begins with the peak of this one. This test is the
+        // first for the same reason.
+        std::ofstream file(directory / "records.json");
+        file << "[0";
+        for (int record = 0; record < 1'000'000; ++record) {
+            file << ",{\"id\":" << record << ",\"name\":\"a name\"}";
+        }
+        file << ']';
+    }
+    EXPECT_EQ(run({directory / "records.json"}, "", "/dev/null").error, "");
+    rusage children{};
+    ::getrusage(RUSAGE_CHILDREN, &children);
+    EXPECT_LT(children.ru_maxrss, LIMIT_IN_KILOBYTES);
+}
+#endif
+
+TEST(Json2xml, WritesOneElementForEachValue)
+{
+    const std::string json = R"({"a": [1, "x<", true, null, [], {}], "": {"b": ""}, "a": false})";
+    const Result result = run({}, json);
+    EXPECT_EQ(result.status, 0) << result.error;
+    EXPECT_EQ(result.output, R"(<?xml version="1.0" encoding="UTF-8"?>
+<map xmlns="http://www.w3.org/2005/xpath-functions">
+  <array key="a">
+    <number>1</number>
+    <string>x&lt;</string>
+    <boolean>true</boolean>
+    <null/>
+    <array/>
+    <map/>
+  </array>
+  <map key="">
+    <string key="b"></string>
+  </map>
+  <boolean key="a">false</boolean>
+</map>
+)");
+}
+
+TEST(Json2xml, WritesWhatAParserReadsBack)
+{
+    const struct
+    {
+        std::string json;
+        /// JSON that says the same and that every reader takes alike.
+        std::string plain;
+    } cases[] = {
+        {" \t\r\n\"\" ", "\"\""},
+        {"\xEF\xBB\xBF[true]", "[true]"},
+        {R"({"k":1,"k":2,"k":1})", R"({"k":1,"k":2,"k":1})"},
+        {"[0,-0,1.0,1e300,-1E+2,1e-0300]", "[0,-0,1.0,1e300,-1E+2,1e-0300]"},
+        // Escapes, and characters of one to four bytes.
+        {R"(["\"\\\/\n\u0041\u00e9\uD83D\uDE00"])", "[\"\\\"\\\\/\\nA\xC3\xA9\xF0\x9F\x98\x80\"]"},
+        {"\"\x7F\xC3\xA9\xEF\xBF\xBD\xF0\x9F\x98\x80\"",
+         "\"\x7F\xC3\xA9\xEF\xBF\xBD\xF0\x9F\x98\x80\""},
+        // White space that a parser would normalise, in text and in a key.
+        {R"({"\r\n\t a\r":"\r\n\t a\r"})", R"({"\r\n\t a\r":"\r\n\t a\r"})"},
+        // What XML 1.0 does not allow, each on its own.
+        {R"({"\u0000\b\u001F":"\f\uFFFE\uFFFFz"})",
+         "{\"\uFFFD\uFFFD\uFFFD\":\"\uFFFD\uFFFD\uFFFDz\"}"},
+        {"[\"\xEF\xBF\xBE\"]", "[\"\uFFFD\"]"},
+        // Surrogates without a partner.
+        {R"(["\ud800","\udc00\ud83d\ude00","\ud83d\ud83d\ude00","\ud800\n","\\ud800","\ud800\u0041"])",
+         "[\"\uFFFD\",\"\uFFFD\U0001F600\",\"\uFFFD\U0001F600\",\"\uFFFD\\n\",\"\\\\ud800\","
+         "\"\uFFFDA\"]"},
+    };
+    for (const auto& [json, plain] : cases) {
+        const Result result = run({}, json);
+        EXPECT_EQ(result.error, "") << json;
+        EXPECT_EQ(difference(outlineOfXml(result.output), outlineOfJson(plain)), "");
+    }
+}
+
+TEST(Json2xml, KeepsTheDigitsOfNumbersThatNoDoubleCanHold)
+{
+    const std::string manyDigits(100'000, '7');
+    for (const std::string& number : {"1e400"s, "-1E-0400"s, manyDigits + "." + manyDigits}) {
+        EXPECT_THAT(run({}, number).output, testing::EndsWith(">" + number + "</number>\n"));
+    }
+}
+
+TEST(Json2xml, ReadsTokensAcrossTheEndOfABlock)
+{
+    const std::pair<std::string, std::string> cases[] = {
+        {R"("\ud83d\ude00\udc00\\")", "\"\U0001F600\uFFFD\\\\\""},
+        {"\"\xF0\x9F\x98\x80\xC3\xA9\"", "\"\U0001F600\u00E9\""},
+        {"-123.456e+78", "-123.456e+78"},
+        {"false", "false"},
+    };
+    for (const auto& [token, plain] : cases) {
+        for (std::size_t before = 0; before <= token.size(); ++before) {
+            const Result result = run({}, std::string(BLOCK_SIZE - before, ' ') + token);
+            EXPECT_EQ(outlineOfXml(result.output), outlineOfJson(plain)) << before << result.error;
+        }
+    }
+}
+
+TEST(Json2xml, FindsFaultsAcrossTheEndOfABlock)
+{
+    for (std::size_t before = 0; before <= 16; ++before) {
+        const std::string blanks(BLOCK_SIZE - before, ' ');
+        const std::string column = std::to_string(blanks.size() + 2);
+        EXPECT_EQ(run({}, blanks + "\"\\uD83\"").error,
+                  "json2xml: <stdin>:1:" + column + ": unknown escape sequence\n");
+        EXPECT_EQ(run({}, blanks + "\"\xF0\x9F\x98z\"").error,
+                  "json2xml: <stdin>:1:" + column + ": ill-formed UTF-8\n");
+    }
+}
+
+TEST(Json2xml, ConvertsRealFiles)
+{
+    std::size_t files = 0;
+    for (const auto& entry : std::filesystem::directory_iterator("/usr/share/iso-codes/json")) {
+        if (entry.path().extension() == ".json") {
+            ++files;
+            const Result result = run({entry.path()});
+            EXPECT_EQ(result.error, "");
+            EXPECT_EQ(
+                difference(outlineOfXml(result.output), outlineOfJson(readFile(entry.path()))), "")
+                << entry.path();
+        }
+    }
+    EXPECT_GT(files, 0u);
+}
+
+TEST(Json2xml, SaysWhatIsWrongAndWhere)
+{
+    const std::pair<std::string, std::string> cases[] = {
+        {"", "1:1: expected a value, found the end of the input"},
+        {"\n \n", "3:1: expected a value, found the end of the input"},
+        {"[1,", "1:4: expected a value, found the end of the input"},
+        {"{\"a\":{\n\"b\"", "2:4: expected ':', found the end of the input"},
+        {"[\"abc", "1:6: expected the end of a string, found the end of the input"},
+        {"\"a\\u00", "1:3: the input ends inside an escape sequence"},
+        {"tru", "1:4: expected true, false or null, found the end of the input"},
+        {"1 234", "1:3: expected the end of the input, found '2'"},
+        {"[] ]", "1:4: expected the end of the input, found ']'"},
+        {"1\0"s, "1:2: expected the end of the input, found byte 0x00"},
+        {"[1 -2]", "1:4: expected ',' or ']', found '-'"},
+        {"{\"a\":1 \"b\"}", "1:8: expected ',' or '}', found '\"'"},
+        {"[1,]", "1:4: expected a value, found ']'"},
+        {"{\"a\":1,}", "1:8: expected a key, found '}'"},
+        {"{1:2}", "1:2: expected a key, found '1'"},
+        {"[nULL]", "1:3: expected true, false or null, found 'U'"},
+        {"NaN", "1:1: expected a value, found 'N'"},
+        {"/**/1", "1:1: expected a value, found '/'"},
+        {"01", "1:2: expected the end of the input, found '1'"},
+        {"+1", "1:1: expected a value, found '+'"},
+        {".5", "1:1: expected a value, found '.'"},
+        {"-", "1:2: expected a digit of a number, found the end of the input"},
+        {std::string(400, '1') + ".e1", "1:402: expected a digit of a number, found 'e'"},
+        {"[1e+]", "1:5: expected a digit of a number, found ']'"},
+        {"\"\\x\"", "1:2: unknown escape sequence"},
+        {"\"\\uD83D\\u12G4\"", "1:8: unknown escape sequence"},
+        {"\"a\n\"", "1:3: expected an escape sequence, found byte 0x0A"},
+        // Ill-formed UTF-8: a lone continuation byte, an overlong form, a surrogate, too large a
+        // code point, a sequence cut short. Columns count characters.
+        {"\"\u00E9\x80\"", "1:3: ill-formed UTF-8"},
+        {"\"\xC0\x80\"", "1:2: ill-formed UTF-8"},
+        {"\"\xED\xA0\x80\"", "1:2: ill-formed UTF-8"},
+        {"\"\xF4\x90\x80\x80\"", "1:2: ill-formed UTF-8"},
+        {"\r\n\"\u20AC\xE2\x82\"", "2:3: ill-formed UTF-8"},
+        {"\xFF\xFE[\0"s, "1:1: expected a value, found byte 0xFF"},
+        {"\xEF\xBB\xBF\u00E9", "1:1: expected a value, found byte 0xC3"},
+        // Behind the first block.
+        {std::string(BLOCK_SIZE, '\n') + "\"" + std::string(BLOCK_SIZE, 'a') + "\xFF",
+         "65537:65538: ill-formed UTF-8"},
+    };
+    for (const auto& [json, problem] : cases) {
+        const Result result = run({}, json);
+        EXPECT_EQ(result.status, 1) << json;
+        EXPECT_EQ(result.error, "json2xml: <stdin>:" + problem + '\n') << json;
+    }
+}
+
+TEST(Json2xml, LimitsTheDepth)
+{
+    const auto nested = [](std::size_t depth) {
+        return std::string(depth, '[') + std::string(depth, ']');
+    };
+    EXPECT_EQ(run({}, nested(1000)).status, 0);
+    EXPECT_EQ(run({}, nested(1001)).error,
+              "json2xml: <stdin>:1:1001: nested deeper than 1000 levels (see --max-depth)\n");
+    EXPECT_EQ(run({"--max-depth", "1"}, "[1,[]]").error,
+              "json2xml: <stdin>:1:4: nested deeper than 1 levels (see --max-depth)\n");
+    EXPECT_EQ(run({"--max-depth", "1"}, "[[").status, 1);
+    EXPECT_EQ(run({"--max-depth", "2"}, "[{},{}]").error, "");
+    EXPECT_EQ(run({"--max-depth", "0"}, "1").error, "");
+    EXPECT_EQ(run({"--max-depth", "0"}, "{}").status, 1);
+    EXPECT_EQ(run({}, std::string(5'000'000, '[')).status, 1);
+    EXPECT_EQ(run({"--max-depth", "2500"}, nested(2500)).status, 0);
+}
+
+} // namespace

@@ -1,0 +1,391 @@
+// Calls and the text that they make, over each target.
+
+#include "support/Call.hpp"
+#include "support/difference.hpp"
+#include "support/RecordingSink.hpp"
+
+#include <tarn/xml/XmlWriter.hpp>
+
+#include <gtest/gtest.h>
+
+#include <iomanip>
+#include <numeric>
+#include <sstream>
+#include <vector>
+
+namespace tarn::tests {
+
+namespace {
+
+using utils::XmlWriter;
+
+struct Case
+{
+    Calls calls;
+    std::u16string text;
+};
+
+std::u16string textOf(const Calls& calls)
+{
+    std::u16string text;
+    XmlWriter writer(text);
+    for (const Call& call : calls) {
+        apply(call, writer);
+    }
+    return text;
+}
+
+void check(std::initializer_list<Case> cases)
+{
+    for (const auto& [calls, text] : cases) {
+        EXPECT_EQ(difference(textOf(calls), text), "") << calls;
+    }
+}
+
+TEST(XmlWriter, LaysElementsOutOnIndentedLines)
+{
+    check({
+        {{startDocument(u"1.0"), startElement(u"a"), startElement(u"b"), value(u"x"), endElement(),
+          startElement(u"c"), endElement(), endElement(), endDocument()},
+         u"<?xml version=\"1.0\"?>\n<a>\n  <b>x</b>\n  <c/>\n</a>"},
+        {{startElement(u"a")}, u"\n<a"},
+        {{emptyElement(u"e")}, u"\n<e/>"},
+        {{element(u"e", u"")}, u"\n<e></e>"},
+        {{startElement(u"a"), emptyElement(u"b"), value(u"t"), endElement()},
+         u"\n<a>\n  <b/>t\n</a>"},
+        {{startElement(u"a"), value(u"t"), emptyElement(u"b"), endElement()},
+         u"\n<a>t\n  <b/>\n</a>"},
+        {{startElement(u"a"), value(u""), endElement()}, u"\n<a></a>"},
+        {{startElement(u"a"), startAttribute(u"k"), value(u"v"), startElement(u"b"), endElement()},
+         u"\n<a k=\"v\">\n  <b/>"},
+        {{startElement(u"a"), startElement(u"b"), startElement(u"c"), startAttribute(u"k"),
+          endDocument()},
+         u"\n<a>\n  <b>\n    <c k=\"\"/>\n  </b>\n</a>"},
+        {{endElement(), endElement(), element(u"a", u"x")}, u"\n<a>x</a>"},
+        {Calls(41, startElement(u"a")),
+         [] {
+             std::u16string text = u"\n<a";
+             for (std::size_t depth = 1; depth <= 40; ++depth) {
+                 text += u">\n" + std::u16string(2 * depth, u' ') + u"<a";
+             }
+             return text;
+         }()},
+    });
+}
+
+TEST(XmlWriter, DeclaresTheVersionAndTheEncodingOfTheTarget)
+{
+    check({
+        {{startDocument(u"1.0")}, u"<?xml version=\"1.0\"?>"},
+        {{startDocument(u"")}, u"<?xml version=\"\"?>"},
+        {{startDocument(u"\"<&")}, u"<?xml version=\"\"<&\"?>"},
+    });
+    std::string bytes;
+    std::ostringstream stream;
+    XmlWriter bytesWriter(bytes);
+    XmlWriter streamWriter(stream);
+    for (XmlWriter* writer : {&bytesWriter, &streamWriter}) {
+        writer->writeStartDocument();
+        writer->writeEndDocument();
+    }
+    EXPECT_EQ(bytes, "<?xml version=\"1.0\" encoding=\"UTF-8\"?>");
+    EXPECT_EQ(stream.view(), bytes);
+}
+
+TEST(XmlWriter, WritesRawTextWhereItStands)
+{
+    check({
+        {{startElement(u"a"), rawXml(u"<!-- -->")}, u"\n<a<!-- -->"},
+        {{startElement(u"a"), startAttribute(u"k"), rawXml(u"&#9;"), value(u"v"), endElement()},
+         u"\n<a k=\"&#9;v\"/>"},
+        {{startElement(u"a"), startElementClose(), rawXml(u"<b/>"), endElement()},
+         u"\n<a><b/></a>"},
+        {{rawXml(u"")}, u""},
+    });
+}
+
+TEST(XmlWriter, IgnoresWhatDoesNotFitTheState)
+{
+    check({
+        {{startElementClose(), startAttribute(u"k"), endAttribute(),
+          namespaceDeclaration(u"urn:a", u"a"), endElement(), endDocument()},
+         u""},
+        {{startElement(u"a"), startElementClose(), startElementClose(), startAttribute(u"k"),
+          endAttribute(), namespaceDeclaration(u"urn:a", u"a"), emptyElement(u"b", u"urn:a")},
+         u"\n<a>\n  <ns1:b xmlns:ns1=\"urn:a\"/>"},
+        {{attribute(u"k", u"a<b")}, u"a&lt;b"},
+        {{startElement(u"a"), value(u"x"), attribute(u"k", u"urn:a", u"p", u"\""), endElement()},
+         u"\n<a>x&quot;</a>"},
+    });
+}
+
+TEST(XmlWriter, WritesAttributesWholeAndInPieces)
+{
+    check({
+        {{startElement(u"e"), attribute(u"t", u"a\"b&c\t\n\r")},
+         u"\n<e t=\"a&quot;b&amp;c\t\n\r\""},
+        {{startElement(u"e"), startAttribute(u"k"), value(u"x"), value(u""), value(u"<"),
+          startAttribute(u"l"), endAttribute(), startElementClose()},
+         u"\n<e k=\"x&lt;\" l=\"\">"},
+        {{startElement(u"e"), attribute(u"a", u"urn:x", u"1"), attribute(u"b", u"urn:x", u"2")},
+         u"\n<e ns1:a=\"1\" xmlns:ns1=\"urn:x\" ns1:b=\"2\""},
+        {{startElement(u"e"), attribute(u"lang", u"http://www.w3.org/XML/1998/namespace", u"en")},
+         u"\n<e xml:lang=\"en\""},
+    });
+}
+
+TEST(XmlWriter, ChoosesAPrefixAtTheFirstUseOfANamespace)
+{
+    check({
+        {{startElement(u"doc"), startElement(u"a", u"urn:a"), startElement(u"b", u"urn:a", u"x"),
+          endElement(), endElement(), startElement(u"c", u"urn:a"), endElement(), endElement()},
+         u"\n<doc>\n  <ns1:a xmlns:ns1=\"urn:a\">\n    <ns1:b/>\n  </ns1:a>"
+         u"\n  <ns2:c xmlns:ns2=\"urn:a\"/>\n</doc>"},
+        {{startElement(u"a", u"urn:a", u"p"), attribute(u"k", u"urn:b", u"p", u"v")},
+         u"\n<p:a xmlns:p=\"urn:a\" ns1:k=\"v\" xmlns:ns1=\"urn:b\""},
+        {{startElement(u"a", u"urn:a"), startElement(u"b", u"urn:b", u"ns2"),
+          startElement(u"c", u"urn:c")},
+         u"\n<ns1:a xmlns:ns1=\"urn:a\">\n  <ns2:b xmlns:ns2=\"urn:b\">"
+         u"\n    <ns3:c xmlns:ns3=\"urn:c\""},
+        {{startElement(u"a", u"urn:a", u"xml"), attribute(u"k", u"urn:b", u"xmlns", u"")},
+         u"\n<xml:a xmlns:xml=\"urn:a\" xmlns:k=\"\" xmlns:xmlns=\"urn:b\""},
+        {{startElement(u"", u"urn:a"), startElement(u"x:y", u"urn:a"), startElement(u"", u"")},
+         u"\n<ns1 xmlns:ns1=\"urn:a\">\n  <ns1:x:y>\n    <"},
+        {{startElement(u"a", u"urn:\"&", u"p")}, u"\n<p:a xmlns:p=\"urn:&quot;&amp;\""},
+    });
+}
+
+TEST(XmlWriter, DeclaresNamespacesOnRequest)
+{
+    check({
+        {{startElement(u"doc"), namespaceDeclaration(u"urn:a", u"a"),
+          namespaceDeclaration(u"urn:a", u"b"), startElement(u"c", u"urn:a"), endElement(),
+          emptyElement(u"d", u"urn:a"), endElement(), emptyElement(u"e", u"urn:a")},
+         u"\n<doc xmlns:a=\"urn:a\">\n  <a:c/>\n  <a:d/>\n</doc>\n<ns1:e xmlns:ns1=\"urn:a\"/>"},
+        {{startElement(u"e"), startAttribute(u"k"), namespaceDeclaration(u"urn:a", u"")},
+         u"\n<e k=\"\" xmlns:ns1=\"urn:a\""},
+        {{startElement(u"e"), namespaceDeclaration(u"", u"p")}, u"\n<e xmlns:p=\"\""},
+        {{startElement(u"e"), defaultNamespace(u"urn:a"), startElement(u"c", u"urn:a")},
+         u"\n<e xmlns=\"urn:a\">\n  <ns1:c xmlns:ns1=\"urn:a\""},
+    });
+}
+
+TEST(XmlWriter, DeclaresRegisteredNamespacesOnTheNextStartTag)
+{
+    const std::u16string xmlns = u"http://www.w3.org/2000/xmlns/";
+    check({
+        {{registerDefault(u"urn:a"), startElement(u"root", u"urn:a"), emptyElement(u"c", u"urn:a"),
+          attribute(u"ignored", u"")},
+         u"\n<root xmlns=\"urn:a\">\n  <c/>"},
+        {{startElement(u"e"), registerDefault(u"urn:d"), attribute(u"a", u"urn:d", u"v")},
+         u"\n<e a=\"v\" xmlns=\"urn:d\""},
+        // Registered again while bound: declared again with the prefix that it has.
+        {{startElement(u"a", u"urn:a", u"p"), registerDefault(u"urn:a"), startElement(u"b"),
+          endElement(), startElement(u"c", u"urn:a", u"q"), endElement(), endElement()},
+         u"\n<p:a xmlns:p=\"urn:a\">\n  <b xmlns:p=\"urn:a\"/>"
+         u"\n  <q:c xmlns:q=\"urn:a\"/>\n</p:a>"},
+        {{registerDefault(u"urn:a"), registerDefault(u"urn:a"), startElement(u"a"), endElement(),
+          startElement(u"b", u"urn:a", u"p")},
+         u"\n<a xmlns=\"urn:a\" xmlns=\"urn:a\"/>\n<p:b xmlns:p=\"urn:a\""},
+        // The binding has gone by the time of the drain.
+        {{startElement(u"a", u"urn:a", u"p"), startElementClose(), registerDefault(u"urn:a"),
+          endElement(), startElement(u"b")},
+         u"\n<p:a xmlns:p=\"urn:a\"></p:a>\n<b"},
+        // The binding of the reserved namespace itself ends with the element that declared it.
+        {{registerDefault(xmlns), emptyElement(u"a"), startElement(u"b", u"urn:b", u"p")},
+         u"\n<a xmlns:xmlns=\"http://www.w3.org/2000/xmlns/\"/>\n<p:b xmlns:p=\"urn:b\""
+         u" xmlns:xmlns=\"http://www.w3.org/2000/xmlns/\""},
+        {{startElement(u"a"), value(u"x"), registerDefault(u"urn:a"), endDocument()},
+         u"\n<a>x</a>"},
+    });
+}
+
+TEST(XmlWriter, ReplacesSpecialCodeUnitsByTheRulesOfTheDeclaredVersion)
+{
+    std::u16string text(0x100, u'\0');
+    std::iota(text.begin(), text.end(), u'\0');
+    const std::u16string others = text.substr(u'?');
+    const std::u16string_view markup = u" !&quot;#$%&amp;&apos;()*+,-./0123456789:;&lt;=&gt;";
+    const std::u16string_view referenced =
+        u"&#1;&#2;&#3;&#4;&#5;&#6;&#7;&#8;\t\n&#11;&#12;\r&#14;&#15;&#16;&#17;&#18;&#19;&#20;&#21;&"
+        u"#22;&#23;&#24;&#25;&#26;&#27;&#28;&#29;&#30;&#31;";
+    for (const auto& [version, controls] : {std::pair(u"", referenced),
+                                            {u"1.0", u"\t\n \r"},
+                                            {u"1.1", referenced},
+                                            {u"1.00", referenced}}) {
+        Calls calls = {value(text)};
+        std::u16string expected = std::u16string(1, u'\0').append(controls).append(markup) + others;
+        if (*version != u'\0') {
+            calls.insert(calls.begin(), startDocument(version));
+            expected.insert(0, textOf({calls.front()}));
+        }
+        EXPECT_EQ(difference(textOf(calls), expected), "") << calls;
+    }
+}
+
+TEST(XmlWriter, HandsOverEachPieceByItself)
+{
+    Recording recording;
+    RecordedWriter writer(recording);
+    for (const Call& call :
+         {startElement(u"a", u"urn:a", u"p"), attribute(u"k", u"plain"), value(u"a<b\x01"),
+          element(u"long-enough-for-the-heap", u""), endElement()}) {
+        apply(call, writer);
+    }
+    EXPECT_EQ(
+        difference(separated(recording.pieces),
+                   u"\n||<|p:a| |xmlns:p|=\"|urn:a|\"| |k|=\"|plain|\"|>|a|&lt;|b|&#|1|;|\n|  "
+                   u"|<|long-enough-for-the-heap|>|</|long-enough-for-the-heap|>|\n||</|p:a|>|"),
+        "");
+    EXPECT_EQ(recording.flushes, 0);
+    writer.writeEndDocument();
+    EXPECT_EQ(recording.flushes, 1);
+}
+
+TEST(XmlWriter, QualifiesNamesAheadOfTheTagThatDeclaresThem)
+{
+    Recording recording;
+    RecordedWriter writer(recording);
+    const std::u16string cases[][4] = {
+        {u"a", u"", u"p", u"a"},
+        {u"a", u"urn:a", u"p", u"p:a"},
+        {u"b", u"urn:a", u"q", u"p:b"},
+        {u"a", u"urn:b", u"p", u"ns1:a"},
+        {u"a", u"urn:c", u"", u"ns2:a"},
+        {u"", u"urn:a", u"", u"p"},
+        {u"lang", u"http://www.w3.org/XML/1998/namespace", u"q", u"xml:lang"}};
+    for (const auto& [localName, namespaceUri, prefix, name] : cases) {
+        EXPECT_EQ(writer.qualifyName(localName, namespaceUri, prefix), name);
+    }
+    EXPECT_TRUE(recording.pieces.empty());
+    writer.writeStartElement(u"e", u"urn:b", u"");
+    EXPECT_EQ(difference(separated(recording.pieces),
+                         u"\n||<|ns1:e| |xmlns:p|=\"|urn:a|\"| |xmlns:ns1|=\"|urn:b|\"| "
+                         u"|xmlns:ns2|=\"|urn:c|\"|"),
+              "");
+}
+
+TEST(XmlWriter, GoesOnAfterASinkThatFailedAtAnyPiece)
+{
+    Calls calls = {startDocument(u"1.0"), startElement(u"a", u"urn:a"),
+                   attribute(u"k", u"urn:b", u"v<w")};
+    calls.insert(calls.end(), {namespaceDeclaration(u"urn:c", u"c"), value(u"text"),
+                               element(u"b", u"urn:a", u"x\x02y"), endElement()});
+    for (std::size_t successes = 0;; ++successes) {
+        Recording recording;
+        RecordedWriter writer(recording);
+        recording.writesLeft = successes;
+        bool failed = false;
+        for (const Call& call : calls) {
+            try {
+                apply(call, writer);
+            } catch (const SinkFailure&) {
+                failed = true;
+                EXPECT_EQ(recording.pieces.size(), successes) << call;
+                recording.writesLeft = std::numeric_limits<std::size_t>::max();
+            }
+        }
+        recording.writesLeft = std::numeric_limits<std::size_t>::max();
+        // Whatever failed before, an element written now is whole, and everything can be ended.
+        writer.writeEndDocument();
+        recording.pieces.clear();
+        writer.writeElement(u"z", u"urn:z", u"z", u"end");
+        const std::u16string text = separated(recording.pieces);
+        EXPECT_TRUE(text.starts_with(u"\n||<|z:z|")) << successes;
+        EXPECT_TRUE(text.ends_with(u" |xmlns:z|=\"|urn:z|\"|>|end|</|z:z|>|")) << successes;
+        if (!failed) {
+            break;
+        }
+    }
+}
+
+TEST(XmlWriter, EmptiesAStringAtOnceAndInsertsIntoAStream)
+{
+    std::u16string units = u"old";
+    std::string bytes = "old";
+    std::ostringstream stream;
+    stream << "old " << std::setw(5) << std::setfill('*');
+    XmlWriter unitsWriter(units);
+    XmlWriter bytesWriter(bytes);
+    XmlWriter streamWriter(stream);
+    EXPECT_TRUE(units.empty());
+    EXPECT_TRUE(bytes.empty());
+    streamWriter.writeRawXml(u"new");
+    streamWriter.writeEndDocument();
+    EXPECT_EQ(stream.view(), "old **new");
+    // Without text to convert too.
+    stream << std::setw(3);
+    streamWriter.writeEndDocument();
+    EXPECT_EQ(stream.width(), 0);
+    EXPECT_EQ(stream.view(), "old **new***");
+}
+
+TEST(XmlWriter, ConvertsOncePerBatchAtTheEndOfAPiece)
+{
+    const std::pair<std::vector<std::size_t>, std::vector<std::size_t>> cases[] = {
+        {{8192}, {}},
+        {{8192, 0}, {}},
+        {{8192, 1}, {8193}},
+        {{8193}, {8193}},
+        {{20'000}, {20'000}},
+        {{1, 8191, 5000, 3193, 8192}, {13'192, 11'385}},
+        {{8000, 200, 8192, 1, 1}, {8200, 8193}},
+    };
+    for (const auto& [pieces, batches] : cases) {
+        std::string bytes;
+        XmlWriter writer(bytes);
+        std::vector<std::size_t> received;
+        for (const std::size_t length : pieces) {
+            const std::size_t before = bytes.size();
+            writer.writeRawXml(std::u16string(length, u'a'));
+            if (bytes.size() > before) {
+                received.push_back(bytes.size() - before);
+            }
+        }
+        EXPECT_EQ(received, batches) << testing::PrintToString(pieces);
+    }
+}
+
+TEST(XmlWriter, KeepsASurrogatePairTogether)
+{
+    std::string bytes;
+    XmlWriter writer(bytes);
+    writer.writeRawXml(std::u16string(8192, u'a') + u"\xD83D");
+    writer.writeRawXml(u"");
+    EXPECT_EQ(bytes, "");
+    writer.writeRawXml(u"\xDE00");
+    EXPECT_TRUE(bytes.ends_with("a\U0001F600"));
+    writer.writeRawXml(u"\xD83D");
+    writer.writeEndDocument();
+    EXPECT_TRUE(bytes.ends_with("a\U0001F600\uFFFD"));
+}
+
+TEST(XmlWriter, LosesWhatIsNotConvertedWhenDestroyed)
+{
+    std::string bytes;
+    {
+        XmlWriter writer(bytes);
+        writer.writeRawXml(std::u16string(9000, u'a'));
+        writer.writeRawXml(std::u16string(8192, u'b'));
+    }
+    EXPECT_EQ(bytes, std::string(9000, 'a'));
+}
+
+TEST(XmlWriter, MovesWithItsDocument)
+{
+    std::u16string first;
+    std::u16string second;
+    XmlWriter writer(first);
+    writer.writeStartElement(u"a", u"", u"");
+    XmlWriter moved(std::move(writer));
+    XmlWriter other(second);
+    other.writeStartElement(u"b", u"", u"");
+    other = std::move(moved);
+    other.writeEndDocument();
+    EXPECT_EQ(first, u"\n<a/>");
+    EXPECT_EQ(second, u"\n<b");
+}
+
+} // namespace
+
+} // namespace tarn::tests

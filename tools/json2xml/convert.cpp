@@ -1,0 +1,95 @@
+#include "tools/json2xml/convert.hpp"
+
+#include "tools/json2xml/XmlHandler.hpp"
+
+#include <new>
+#include <rapidjson/error/error.h>
+
+namespace json2xml {
+
+namespace {
+
+/// Iterative, so that nesting costs no call stack. Changing the encoding validates it; the flag
+/// says that this is wanted.
+constexpr unsigned PARSE_FLAGS =
+    rapidjson::kParseIterativeFlag | rapidjson::kParseValidateEncodingFlag;
+
+/// For the reader, which takes it for granted that there is memory.
+struct ThrowingAllocator : rapidjson::CrtAllocator
+{
+    static void* Realloc(void* memory, std::size_t oldSize, std::size_t newSize)
+    {
+        void* const moved = CrtAllocator().Realloc(memory, oldSize, newSize);
+        if (moved == nullptr && newSize > 0) {
+            throw std::bad_alloc();
+        }
+        return moved;
+    }
+};
+
+using Reader =
+    rapidjson::GenericReader<rapidjson::UTF8<>, rapidjson::UTF16<char16_t>, ThrowingAllocator>;
+
+std::string describeFaultInString(const JsonInput& input, std::size_t offset)
+{
+    if (input.byteAt(offset) != '\\') {
+        return "expected an escape sequence, found " + input.describeByte(offset);
+    }
+    return input.isEnd(input.Tell()) ? "the input ends inside an escape sequence"
+                                     : "unknown escape sequence";
+}
+
+/// Whether the byte before @p offset belongs to a literal, be it a wrong one.
+bool isInLiteral(const JsonInput& input, std::size_t offset)
+{
+    return offset > 0 && input.byteAt(offset - 1) >= 'a' && input.byteAt(offset - 1) <= 'z';
+}
+
+std::string describe(rapidjson::ParseErrorCode code, const JsonInput& input, std::size_t offset)
+{
+    const std::string found = input.describeByte(offset);
+    switch (code) {
+    case rapidjson::kParseErrorDocumentEmpty:
+        return "expected a value, found " + found;
+    case rapidjson::kParseErrorDocumentRootNotSingular:
+        return "expected the end of the input, found " + found;
+    case rapidjson::kParseErrorObjectMissName:
+        return "expected a key, found " + found;
+    case rapidjson::kParseErrorObjectMissColon:
+        return "expected ':', found " + found;
+    case rapidjson::kParseErrorObjectMissCommaOrCurlyBracket:
+        return "expected ',' or '}', found " + found;
+    case rapidjson::kParseErrorArrayMissCommaOrSquareBracket:
+        return "expected ',' or ']', found " + found;
+    case rapidjson::kParseErrorStringUnicodeEscapeInvalidHex:
+    case rapidjson::kParseErrorStringEscapeInvalid:
+        return describeFaultInString(input, offset);
+    case rapidjson::kParseErrorStringMissQuotationMark:
+        return "expected the end of a string, found " + found;
+    case rapidjson::kParseErrorStringInvalidEncoding:
+        return "ill-formed UTF-8";
+    default:
+        return (isInLiteral(input, offset) ? "expected true, false or null, found "
+                                           : "expected a value, found ") +
+               found;
+    }
+}
+
+} // namespace
+
+void convert(JsonInput& input, std::ostream& output, std::size_t maximumDepth)
+{
+    XmlHandler handler(input, output, maximumDepth);
+    Reader reader;
+    const rapidjson::ParseResult result = reader.Parse<PARSE_FLAGS>(input, handler);
+    if (result.IsError()) {
+        input.fail(result.Offset(), describe(result.Code(), input, result.Offset()));
+    }
+    // The reader takes a NUL for the end.
+    if (const std::size_t offset = input.Tell(); !input.isEnd(offset)) {
+        input.fail(offset, describe(rapidjson::kParseErrorDocumentRootNotSingular, input, offset));
+    }
+    handler.finish();
+}
+
+} // namespace json2xml
