@@ -1,19 +1,14 @@
-// An owned file descriptor, and the one way in which a failed system call becomes an exception.
+// An owned file descriptor.
 #pragma once
 
-#include <cerrno>
-#include <string>
-#include <system_error>
+#include "common/system_error.hpp"
+
 #include <unistd.h>
 #include <utility>
 
 namespace json2xml {
 
-/// Throws the error in `errno`; its text is `subject: what is wrong`.
-[[noreturn]] inline void throwSystemError(const std::string& subject)
-{
-    throw std::system_error(errno, std::generic_category(), subject);
-}
+using tarn::common::throwSystemError;
 
 /// Closes its descriptor when it goes out of scope. Holds none if its number is negative.
 class FileDescriptor

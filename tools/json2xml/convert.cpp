@@ -1,8 +1,8 @@
 #include "tools/json2xml/convert.hpp"
 
+#include "common/ThrowingAllocator.hpp"
 #include "tools/json2xml/XmlHandler.hpp"
 
-#include <new>
 #include <rapidjson/error/error.h>
 
 namespace json2xml {
@@ -14,21 +14,8 @@ namespace {
 constexpr unsigned PARSE_FLAGS =
     rapidjson::kParseIterativeFlag | rapidjson::kParseValidateEncodingFlag;
 
-/// For the reader, which takes it for granted that there is memory.
-struct ThrowingAllocator : rapidjson::CrtAllocator
-{
-    static void* Realloc(void* memory, std::size_t oldSize, std::size_t newSize)
-    {
-        void* const moved = CrtAllocator().Realloc(memory, oldSize, newSize);
-        if (moved == nullptr && newSize > 0) {
-            throw std::bad_alloc();
-        }
-        return moved;
-    }
-};
-
-using Reader =
-    rapidjson::GenericReader<rapidjson::UTF8<>, rapidjson::UTF16<char16_t>, ThrowingAllocator>;
+using Reader = rapidjson::GenericReader<rapidjson::UTF8<>, rapidjson::UTF16<char16_t>,
+                                        tarn::common::ThrowingAllocator>;
 
 std::string describeFaultInString(const JsonInput& input, std::size_t offset)
 {

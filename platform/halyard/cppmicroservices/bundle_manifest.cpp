@@ -1,8 +1,9 @@
 #include "halyard/cppmicroservices/bundle_manifest.hpp"
 
+#include "common/ThrowingAllocator.hpp"
+
 #include <algorithm>
 #include <charconv>
-#include <new>
 #include <rapidjson/error/en.h>
 #include <rapidjson/memorystream.h>
 #include <rapidjson/reader.h>
@@ -18,19 +19,6 @@ constexpr std::string_view VERSION_KEY = "bundle.version";
 
 /// Well below the depth at which a reader that calls itself for each level fails.
 constexpr std::size_t MOST_LEVELS = 100;
-
-/// For the reader, which takes it for granted that there is memory.
-struct throwing_allocator : rapidjson::CrtAllocator
-{
-    static void* Realloc(void* memory, std::size_t old_size, std::size_t new_size)
-    {
-        void* const moved = CrtAllocator().Realloc(memory, old_size, new_size);
-        if (moved == nullptr && new_size > 0) {
-            throw std::bad_alloc();
-        }
-        return moved;
-    }
-};
 
 /// Keys are the same in capital and small letters.
 bool is_key(std::string_view key, std::string_view wanted)
@@ -153,7 +141,8 @@ std::string read_bundle_version(const std::string& json)
 {
     manifest_handler manifest;
     rapidjson::MemoryStream stream(json.data(), json.size());
-    rapidjson::GenericReader<rapidjson::UTF8<>, rapidjson::UTF8<>, throwing_allocator> reader;
+    rapidjson::GenericReader<rapidjson::UTF8<>, rapidjson::UTF8<>, tarn::common::ThrowingAllocator>
+        reader;
     const rapidjson::ParseResult result =
         reader.Parse<rapidjson::kParseIterativeFlag>(stream, manifest);
     if (manifest.levels > MOST_LEVELS) {

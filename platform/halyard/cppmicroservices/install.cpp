@@ -1,5 +1,6 @@
 #include "halyard/cppmicroservices/install.hpp"
 
+#include "common/system_error.hpp"
 #include "halyard/cppmicroservices/bundle_file.hpp"
 #include "halyard/cppmicroservices/framework.hpp"
 
@@ -19,11 +20,6 @@
 namespace halyard::cppmicroservices {
 
 namespace {
-
-[[noreturn]] void throw_system_error(const std::string& path)
-{
-    throw std::system_error(errno, std::generic_category(), path);
-}
 
 bool is_directory(const std::string& path)
 {
@@ -48,7 +44,7 @@ std::vector<std::string> files_in(const std::string& directory)
     };
     const std::unique_ptr<DIR, close_directory> open(::opendir(directory.c_str()));
     if (open == nullptr) {
-        throw_system_error(directory);
+        tarn::common::throwSystemError(directory);
     }
     std::vector<std::string> files;
     for (;;) {
@@ -63,7 +59,7 @@ std::vector<std::string> files_in(const std::string& directory)
         }
     }
     if (errno != 0) {
-        throw_system_error(directory);
+        tarn::common::throwSystemError(directory);
     }
     std::ranges::sort(files);
     return files;

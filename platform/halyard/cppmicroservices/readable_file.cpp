@@ -1,5 +1,7 @@
 #include "halyard/cppmicroservices/readable_file.hpp"
 
+#include "common/system_error.hpp"
+
 #include <cerrno>
 #include <fcntl.h>
 #include <stdexcept>
@@ -9,22 +11,13 @@
 
 namespace halyard::cppmicroservices {
 
-namespace {
-
-[[noreturn]] void throw_system_error(const std::string& path)
-{
-    throw std::system_error(errno, std::generic_category(), path);
-}
-
-} // namespace
-
 readable_file::readable_file(const std::string& path)
     // Not to wait for a writer if it is a pipe.
     : readable_file(path, ::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK))
 {
     struct stat status;
     if (descriptor < 0 || ::fstat(descriptor, &status) != 0) {
-        throw_system_error(path);
+        tarn::common::throwSystemError(path);
     }
     if (!S_ISREG(status.st_mode)) {
         throw std::runtime_error(path + ": neither a file nor a directory");
@@ -49,7 +42,7 @@ std::size_t readable_file::read(std::uint64_t offset, void* bytes, std::size_t c
             continue;
         }
         if (got < 0) {
-            throw_system_error(path);
+            tarn::common::throwSystemError(path);
         }
         if (got == 0) {
             break;
