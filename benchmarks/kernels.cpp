@@ -14,7 +14,7 @@ namespace benchmarks {
 namespace {
 
 using namespace tarn::text;
-using namespace tarn::utils;
+using namespace tarn::utils::detail;
 
 constexpr std::size_t BATCH = 8192;
 

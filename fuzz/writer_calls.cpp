@@ -17,7 +17,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t siz
             constexpr std::size_t LONGEST_TEXT = 400;
             const tests::GuardedText text(std::u16string_view(argument).substr(0, LONGEST_TEXT));
             // So little room that the copy stops in between.
-            const std::size_t room = utils::ESCAPING_MARGIN + argument.size() % 256;
+            const std::size_t room = utils::detail::ESCAPING_MARGIN + argument.size() % 256;
             tests::GuardedText output(std::u16string(room, u'-'));
             fuzz::requireNoFault(tests::faultOfEscaping(text.view(), output));
             fuzz::requireNoFault(tests::faultOfEncoding(text.view()));

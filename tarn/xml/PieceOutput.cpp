@@ -4,7 +4,7 @@
 
 #include <typeinfo>
 
-namespace tarn::utils {
+namespace tarn::utils::detail {
 
 void QualifiedName::assignTo(std::u16string& text) const
 {
@@ -54,4 +54,4 @@ void PieceOutput::writePiece(QualifiedName piece)
     sink.write(scratch);
 }
 
-} // namespace tarn::utils
+} // namespace tarn::utils::detail

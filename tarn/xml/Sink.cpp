@@ -32,9 +32,11 @@ ConvertingSink::ConvertingSink() : converter("UTF-8", true)
 Sink& ConvertingSink::write(const std::u16string& text)
 {
     buffer.append(text);
-    if (buffer.size() > BUFFER_CAPACITY && !text::isHighSurrogate(buffer.back())) {
-        writeConverted(converter.do_convert(buffer.data(), buffer.size()));
-        buffer.clear();
+    if (buffer.size() > BUFFER_CAPACITY) {
+        // Without the first half of a surrogate pair whose second half may follow.
+        const std::size_t length = buffer.size() - (text::isHighSurrogate(buffer.back()) ? 1 : 0);
+        writeConverted(converter.do_convert(buffer.data(), length));
+        buffer.erase(0, length);
     }
     return *this;
 }

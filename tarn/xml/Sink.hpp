@@ -12,6 +12,10 @@
 
 namespace tarn::utils {
 
+namespace detail {
+class PieceOutput;
+}
+
 /// The abstract output of the writer. All of it is inline, so that a class outside the library can
 /// derive from it.
 class Sink
@@ -45,16 +49,17 @@ public:
     void flush() override;
 
 private:
-    friend class PieceOutput;
+    friend class detail::PieceOutput;
 
     std::u16string& target;
 };
 
 /// Collects pieces and converts them to UTF-8 in batches.
 ///
-/// A batch always ends at the end of a piece and never between the two halves of a surrogate pair.
-/// If a conversion or `writeConverted` throws, the text stays in the buffer, and the next `write`
-/// or `flush` converts all of it.
+/// A batch ends at the end of a piece. If the piece ends in a high surrogate, that code unit waits
+/// for the next batch, so that a surrogate pair in two pieces is converted as one. If a conversion
+/// or `writeConverted` throws, the text stays in the buffer, and the next `write` or `flush`
+/// converts all of it.
 class ConvertingSink : public Sink
 {
 public:
@@ -65,7 +70,7 @@ public:
     Sink& write(const std::u16string& text) final;
     std::u16string encodingName() const override;
 
-    /// Converts what is buffered and passes it on, even if it is empty.
+    /// Converts all that is buffered and passes it on, even if it is empty.
     void flush() override;
 
 protected:
@@ -75,11 +80,11 @@ protected:
     virtual void writeConverted(const std::string& bytes) = 0;
 
 private:
-    friend class PieceOutput;
+    friend class detail::PieceOutput;
 
     corda::i18n::codecvt_ustring_to_string converter;
     /// What has been written and not converted yet: at most BUFFER_CAPACITY code units, unless the
-    /// last conversion failed or the text ends in the first half of a surrogate pair.
+    /// last conversion failed.
     std::u16string buffer;
 };
 

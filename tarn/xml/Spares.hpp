@@ -1,18 +1,18 @@
-// Objects whose storage is kept for the next one of their kind.
+// A pool of objects whose storage is used again.
 #pragma once
 
 #include <array>
 #include <cstddef>
 #include <utility>
 
-namespace tarn::utils {
+namespace tarn::utils::detail {
 
 /// Keeps up to @p CAPACITY objects that are out of use, so that new ones need not allocate.
 template <class Object, std::size_t CAPACITY>
 class Spares
 {
 public:
-    /// Keeps @p object, or destroys it if there are enough.
+    /// Keeps @p object, or leaves it to its owner if the pool is full.
     void put(Object&& object) noexcept
     {
         if (count < CAPACITY) {
@@ -28,4 +28,4 @@ private:
     std::size_t count = 0;
 };
 
-} // namespace tarn::utils
+} // namespace tarn::utils::detail

@@ -4,9 +4,59 @@
 #include "tarn/xml/Sink.hpp"
 #include "tarn/xml/XmlWriterImpl.hpp"
 
+#include <cassert>
+#include <functional>
 #include <memory>
 
 namespace tarn::utils {
+
+using detail::NONE;
+
+namespace {
+
+using Text = std::u16string;
+
+void writeWholeElement(XmlWriter::Impl& impl, const Text& localName, const Text& namespaceUri,
+                       const Text& prefix, const Text& value)
+{
+    impl.writeStartElement(localName, namespaceUri, prefix);
+    impl.writeStartElementClose();
+    impl.writeValue(value);
+    impl.writeEndElement();
+}
+
+void writeWholeEmptyElement(XmlWriter::Impl& impl, const Text& localName, const Text& namespaceUri,
+                            const Text& prefix)
+{
+    impl.writeStartElement(localName, namespaceUri, prefix);
+    impl.writeEndElement();
+}
+
+void writeWholeAttribute(XmlWriter::Impl& impl, const Text& localName, const Text& namespaceUri,
+                         const Text& prefix, const Text& value)
+{
+    impl.writeStartAttribute(localName, namespaceUri, prefix);
+    impl.writeValue(value);
+    impl.writeEndAttribute();
+}
+
+/// Calls @p OPERATION with @p arguments as they are now. An argument that is the target itself
+/// would change with each piece that is written: a copy takes its place.
+template <auto OPERATION, class... Arguments>
+void call(XmlWriter::Impl* impl, const Arguments&... arguments)
+{
+    assert(impl != nullptr && "a call on an XmlWriter that was moved from");
+    if (!(impl->isTarget(arguments) || ...)) [[likely]] {
+        std::invoke(OPERATION, *impl, arguments...);
+        return;
+    }
+    // All that are the target are the same string, so that one copy is enough.
+    Text copy;
+    ((impl->isTarget(arguments) ? void(copy = arguments) : void()), ...);
+    std::invoke(OPERATION, *impl, (impl->isTarget(arguments) ? copy : arguments)...);
+}
+
+} // namespace
 
 XmlWriter::XmlWriter(std::u16string& output) : impl(new Impl(std::make_unique<UStringSink>(output)))
 {
@@ -25,47 +75,44 @@ XmlWriter::~XmlWriter()
 
 void XmlWriter::writeStartDocument(const std::u16string& version)
 {
-    impl->writeStartDocument(version);
+    call<&Impl::writeStartDocument>(impl, version);
 }
 
 void XmlWriter::writeEndDocument()
 {
-    impl->writeEndDocument();
+    call<&Impl::writeEndDocument>(impl);
 }
 
 void XmlWriter::writeRawXml(const std::u16string& xml)
 {
-    impl->writeRawXml(xml);
+    call<&Impl::writeRawXml>(impl, xml);
 }
 
 void XmlWriter::writeValue(const std::u16string& value)
 {
-    impl->writeValue(value);
+    call<&Impl::writeValue>(impl, value);
 }
 
 void XmlWriter::writeStartElement(const std::u16string& localName,
                                   const std::u16string& namespaceUri, const std::u16string& prefix)
 {
-    impl->writeStartElement(localName, namespaceUri, prefix);
+    call<&Impl::writeStartElement>(impl, localName, namespaceUri, prefix);
 }
 
 void XmlWriter::writeStartElementClose()
 {
-    impl->writeStartElementClose();
+    call<&Impl::writeStartElementClose>(impl);
 }
 
 void XmlWriter::writeEndElement()
 {
-    impl->writeEndElement();
+    call<&Impl::writeEndElement>(impl);
 }
 
 void XmlWriter::writeElement(const std::u16string& localName, const std::u16string& namespaceUri,
                              const std::u16string& prefix, const std::u16string& value)
 {
-    impl->writeStartElement(localName, namespaceUri, prefix);
-    impl->writeStartElementClose();
-    impl->writeValue(value);
-    impl->writeEndElement();
+    call<writeWholeElement>(impl, localName, namespaceUri, prefix, value);
 }
 
 void XmlWriter::writeElement(const std::u16string& localName, const std::u16string& namespaceUri,
@@ -82,28 +129,25 @@ void XmlWriter::writeElement(const std::u16string& localName, const std::u16stri
 void XmlWriter::writeEmptyElement(const std::u16string& localName,
                                   const std::u16string& namespaceUri, const std::u16string& prefix)
 {
-    impl->writeStartElement(localName, namespaceUri, prefix);
-    impl->writeEndElement();
+    call<writeWholeEmptyElement>(impl, localName, namespaceUri, prefix);
 }
 
 void XmlWriter::writeStartAttribute(const std::u16string& localName,
                                     const std::u16string& namespaceUri,
                                     const std::u16string& prefix)
 {
-    impl->writeStartAttribute(localName, namespaceUri, prefix);
+    call<&Impl::writeStartAttribute>(impl, localName, namespaceUri, prefix);
 }
 
 void XmlWriter::writeEndAttribute()
 {
-    impl->writeEndAttribute();
+    call<&Impl::writeEndAttribute>(impl);
 }
 
 void XmlWriter::writeAttribute(const std::u16string& localName, const std::u16string& namespaceUri,
                                const std::u16string& prefix, const std::u16string& value)
 {
-    impl->writeStartAttribute(localName, namespaceUri, prefix);
-    impl->writeValue(value);
-    impl->writeEndAttribute();
+    call<writeWholeAttribute>(impl, localName, namespaceUri, prefix, value);
 }
 
 void XmlWriter::writeAttribute(const std::u16string& localName, const std::u16string& namespaceUri,
@@ -119,7 +163,7 @@ void XmlWriter::writeAttribute(const std::u16string& localName, const std::u16st
 
 void XmlWriter::writeNamespace(const std::u16string& namespaceUri, const std::u16string& prefix)
 {
-    impl->writeNamespace(namespaceUri, prefix);
+    call<&Impl::writeNamespace>(impl, namespaceUri, prefix);
 }
 
 void XmlWriter::writeDefaultNamespace(const std::u16string& namespaceUri)
@@ -129,7 +173,7 @@ void XmlWriter::writeDefaultNamespace(const std::u16string& namespaceUri)
 
 void XmlWriter::registerDefaultNamespace(const std::u16string& namespaceUri)
 {
-    impl->registerPrefix(namespaceUri, NONE);
+    call<&Impl::registerPrefix>(impl, namespaceUri, NONE);
 }
 
 } // namespace tarn::utils

@@ -1,7 +1,11 @@
 // XmlWriter::Impl: the writer's whole state and the operations on it.
+//
+// The operations are defined by subject: markup.cpp has elements, attributes and text,
+// namespaces.cpp has bindings, prefixes, qualified names and declarations.
 #pragma once
 
-#include "tarn/xml/BindingCache.hpp"
+#include "tarn/xml/BindingIndex.hpp"
+#include "tarn/xml/constants.hpp"
 #include "tarn/xml/PieceOutput.hpp"
 #include "tarn/xml/Sink.hpp"
 #include "tarn/xml/Spares.hpp"
@@ -13,13 +17,16 @@
 #include <memory>
 #include <set>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace tarn::utils {
 
 /// The implementation of XmlWriter. The operations that XmlWriter has too are documented there.
 ///
-/// If an operation throws, the state keeps what the operation had changed by then: text and state
+/// No argument may be the string that the sink appends to: XmlWriter sees to that.
+///
+/// If an operation throws, the state keeps what the operation had changed by then. Text and state
 /// stay in step, piece by piece.
 class TARN_EXPORT XmlWriter::Impl
 {
@@ -60,8 +67,10 @@ public:
     std::u16string qualifyName(const std::u16string& localName, const std::u16string& namespaceUri,
                                const std::u16string& prefix);
 
+    /// Whether @p argument is the string that the sink appends to, which changes at each piece.
+    bool isTarget(const std::u16string& argument) const { return output.appendsTo(argument); }
+
 private:
-    /// An element that has been started and not ended.
     struct StackItem
     {
         /// The qualified name as written in the start tag; the end tag repeats it.
@@ -80,29 +89,33 @@ private:
         AfterEndTag,   ///< After an end tag or an empty-element tag, or before the first start tag.
     };
 
-    using Bindings = BindingCache::Bindings;
+    using Bindings = detail::BindingIndex::Bindings;
+    using Place = detail::BindingIndex::Place;
 
-    QualifiedName qualify(const std::u16string& localName, const std::u16string& namespaceUri,
-                          const std::u16string& prefix);
+    /// Writes the start of an attribute up to its opening quote.
+    void openAttribute(detail::QualifiedName name);
+    /// Writes the closing quote of the open attribute value.
+    void closeAttribute();
+
+    /// Writes @p text with the special code units replaced.
+    void writeEscaped(std::u16string_view text);
+    /// Writes from the beginning of @p text up to its first special code unit and the replacement
+    /// of that. Returns what follows.
+    std::u16string_view writeRun(std::u16string_view text);
+    void writeReplacement(char16_t special);
+
+    detail::QualifiedName qualify(const std::u16string& localName,
+                                  const std::u16string& namespaceUri, const std::u16string& prefix);
     /// Binds @p namespaceUri, which is not bound yet, and queues its declaration.
-    Bindings::iterator bind(BindingCache::Place place, const std::u16string& namespaceUri,
+    Bindings::iterator bind(Place place, const std::u16string& namespaceUri,
                             const std::u16string& prefix);
-    /// As above, to @p prefix if it is not in use, or else to a generated one. Not inline, so that
-    /// names in bound namespaces do not pay for guarding its strings.
-    [[gnu::noinline]] Bindings::iterator bindUnused(BindingCache::Place place,
-                                                    const std::u16string& namespaceUri,
-                                                    const std::u16string& prefix);
+    /// As above, to @p prefix if it is not in use, or else to a generated one.
+    Bindings::iterator bindUnused(Place place, const std::u16string& namespaceUri,
+                                  const std::u16string& prefix);
     /// Queues the declaration of @p namespaceUri and marks @p prefix as used.
     void queueDeclaration(const std::u16string& namespaceUri, const std::u16string& prefix);
-    void endBinding(const std::u16string& namespaceUri);
-
-    /// Writes the first @p length code units of @p value with the special ones replaced. They are
-    /// read by index: they move if @p value is the very string that the sink appends to.
-    void writeEscaped(const std::u16string& value, std::size_t length);
-    /// Writes from @p position to the next special code unit and its replacement, and returns the
-    /// position after it.
-    std::size_t writeRun(const std::u16string& value, std::size_t position, std::size_t length);
-    void writeReplacement(char16_t special);
+    /// Ends the bindings that were declared on @p element.
+    void endBindings(StackItem& element);
 
     /// Where all output goes. Owned, never null.
     std::unique_ptr<Sink> sink;
@@ -110,27 +123,52 @@ private:
     std::deque<StackItem> elementStack;
     /// The bindings in scope: namespace name to prefix, which is empty for the default namespace.
     Bindings prefixMap;
-    /// The prefixes that registrations have bound. The two that are bound from the start are not
-    /// here.
+    /// The prefixes that registrations have bound. `xml` and `xmlns`, which are bound from the
+    /// start, are not among them.
     std::set<std::u16string> usedPrefixes;
-    /// Namespace names whose declarations are still to be written, oldest first. A name may be here
-    /// more than once, and may have outlived its binding.
+    /// Namespace names whose declarations are still to be written, oldest first. A name can be here
+    /// more than once, and can outlive its binding.
     std::deque<std::u16string> pendingRegistrations;
     /// The number in the last generated prefix that was tried. It only grows, so that a generated
     /// prefix never means two things in one document.
     std::uint64_t prefixCounter = 0;
     State state = State::AfterEndTag;
-    /// Whether the last declaration gave DEFAULT_VERSION, in which case control characters that XML
-    /// 1.0 cannot represent are left out.
+    /// Whether the last XML declaration gave DEFAULT_VERSION, in which case control characters that
+    /// XML 1.0 cannot represent are left out.
     bool isDefaultVersion = false;
 
-    /// The way of the pieces to `sink`; holds no text between operations.
-    PieceOutput output;
-    BindingCache bindingCache;
-    Spares<StackItem, 4> spareItems;
-    Spares<Bindings::node_type, 4> spareBindings;
-    Spares<std::set<std::u16string>::node_type, 4> sparePrefixes;
-    Spares<std::u16string, 4> spareNames;
+    /// Appends pieces in place where it can, else hands them to `sink`.
+    detail::PieceOutput output;
+
+    /// Makes elements and bindings cheap: nothing here changes what is written.
+    struct Reuse
+    {
+        explicit Reuse(Bindings& prefixMap) : index(prefixMap) {}
+
+        /// Elements mostly end before the next one begins, each with a namespace or two declared on
+        /// it. So a few spare objects of each kind serve documents of any length.
+        static constexpr std::size_t SPARES = 4;
+
+        detail::BindingIndex index;
+        detail::Spares<StackItem, SPARES> elements;
+        detail::Spares<Bindings::node_type, SPARES> bindings;
+        detail::Spares<std::set<std::u16string>::node_type, SPARES> prefixes;
+        detail::Spares<std::u16string, SPARES> namespaceNames;
+    };
+    Reuse reuse;
 };
+
+inline detail::QualifiedName XmlWriter::Impl::qualify(const std::u16string& localName,
+                                                      const std::u16string& namespaceUri,
+                                                      const std::u16string& prefix)
+{
+    if (namespaceUri.empty()) {
+        return {detail::NONE, localName};
+    }
+    const Place place = reuse.index.find(namespaceUri);
+    // Out of line: the local strings of bindUnused would add a stack-protector check to every name.
+    const auto binding = place.isBound ? place.position : bindUnused(place, namespaceUri, prefix);
+    return {binding->second, localName};
+}
 
 } // namespace tarn::utils

@@ -7,7 +7,7 @@ namespace tarn::utils {
 // Built before any other static object, so that a program that links the library statically can use
 // a writer in the constructors of its own static objects.
 
-[[gnu::init_priority(101)]] const std::u16string NONE;
+[[gnu::init_priority(101)]] const std::u16string detail::NONE;
 [[gnu::init_priority(101)]] const std::u16string XML_PREFIX = u"xml";
 [[gnu::init_priority(101)]] const std::u16string XMLNS_PREFIX = u"xmlns";
 [[gnu::init_priority(101)]] const std::u16string XML_NAMESPACE =

@@ -1,12 +1,16 @@
-// The fixed strings that the writer passes where a `std::u16string` is asked for.
+// The strings that stay the same in every document and are passed as a `std::u16string`.
 #pragma once
 
 #include <string>
 
 namespace tarn::utils {
 
+namespace detail {
+
 /// No namespace, no prefix.
 extern const std::u16string NONE;
+
+} // namespace detail
 
 /// The two prefixes that Namespaces in XML 1.0 reserves, and the namespace names that it ties to
 /// them.

@@ -5,7 +5,7 @@
 #include <cstring>
 #include <string_view>
 
-namespace tarn::utils {
+namespace tarn::utils::detail {
 
 /// Copies exactly @p LENGTH code units.
 template <std::size_t LENGTH>
@@ -40,4 +40,4 @@ inline char16_t* copyUnits(std::u16string_view text, char16_t* out)
     return out + length;
 }
 
-} // namespace tarn::utils
+} // namespace tarn::utils::detail

@@ -7,7 +7,7 @@
 #include <cstdint>
 #include <emmintrin.h>
 
-namespace tarn::utils {
+namespace tarn::utils::detail {
 
 namespace {
 
@@ -242,4 +242,4 @@ EscapedRun escapeMarkupPortable(const char16_t* first, const char16_t* last, cha
     return {first, out};
 }
 
-} // namespace tarn::utils
+} // namespace tarn::utils::detail

@@ -1,15 +1,15 @@
 // The kernels behind the escaping of character data.
 //
-// A special code unit is one that character data cannot hold as it is: the five characters of
-// markup
-// (`<`, `>`, `&`, `"`, `'`) and the control characters U+0001 to U+001F except tab, line feed and
-// carriage return. U+0000 is not special.
+// A special code unit is one that character data cannot hold as it is:
+// - the five characters of markup: `<`, `>`, `&`, `"` and `'`;
+// - the control characters U+0001 to U+001F, except tab, line feed and carriage return.
+// U+0000 is not special.
 #pragma once
 
 #include <cstddef>
 #include <string_view>
 
-namespace tarn::utils {
+namespace tarn::utils::detail {
 
 /// The entity reference for @p unit, or an empty text if it is not one of the five markup
 /// characters.
@@ -43,4 +43,4 @@ EscapedRun escapeMarkup(const char16_t* first, const char16_t* last, char16_t* o
 EscapedRun escapeMarkupPortable(const char16_t* first, const char16_t* last, char16_t* out,
                                 const char16_t* outLast);
 
-} // namespace tarn::utils
+} // namespace tarn::utils::detail

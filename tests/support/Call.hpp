@@ -38,14 +38,11 @@ struct Call
 
 using Calls = std::vector<Call>;
 
-/// Makes @p call on any class that has the writer's operations.
-template <class Writer>
-void apply(const Call& call, Writer& writer)
+/// Makes @p call on any class that has the writer's operations, with the arguments that the
+/// function @p argument gives by their index.
+void applyWith(const Call& call, auto& writer, const auto& argument)
 {
     const std::vector<std::u16string>& arguments = call.arguments;
-    const auto argument = [&](std::size_t index) -> const std::u16string& {
-        return arguments.at(index);
-    };
     switch (call.operation) {
     case Operation::writeStartDocument:
         return writer.writeStartDocument(argument(0));
@@ -85,6 +82,13 @@ void apply(const Call& call, Writer& writer)
     case Operation::registerDefaultNamespace:
         return writer.registerDefaultNamespace(argument(0));
     }
+}
+
+/// Makes @p call on any class that has the writer's operations.
+void apply(const Call& call, auto& writer)
+{
+    applyWith(call, writer,
+              [&](std::size_t index) -> const std::u16string& { return call.arguments.at(index); });
 }
 
 inline std::ostream& operator<<(std::ostream& stream, const Call& call)

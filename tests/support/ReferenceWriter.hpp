@@ -166,18 +166,18 @@ private:
                 continue;
             }
             unconverted += text;
-            const bool endsInHighSurrogate =
-                !unconverted.empty() && text::isHighSurrogate(unconverted.back());
-            if (unconverted.size() > 8192 && !endsInHighSurrogate) {
-                convert();
+            if (unconverted.size() > 8192) {
+                convert(text::isHighSurrogate(unconverted.back()) ? 1 : 0);
             }
         }
     }
 
-    void convert()
+    /// Converts all but the last @p kept code units.
+    void convert(std::size_t kept = 0)
     {
-        bytes += referenceUtf8(unconverted);
-        unconverted.clear();
+        const std::size_t length = unconverted.size() - kept;
+        bytes += referenceUtf8(std::u16string_view(unconverted).substr(0, length));
+        unconverted.erase(0, length);
     }
 
     /// The pieces in place of @p unit, if it is special.

@@ -18,28 +18,29 @@ inline std::string faultOfEscaping(std::u16string_view text, GuardedText& output
 {
     const char16_t* const last = text.data() + text.size();
     const auto isControl = [](const char16_t* unit) {
-        return utils::findSpecialPortable(unit, unit + 1) == unit &&
-               utils::entityReference(*unit).empty();
+        return utils::detail::findSpecialPortable(unit, unit + 1) == unit &&
+               utils::detail::entityReference(*unit).empty();
     };
-    for (const auto escape : {utils::escapeMarkup, utils::escapeMarkupPortable}) {
+    for (const auto escape : {utils::detail::escapeMarkup, utils::detail::escapeMarkupPortable}) {
         std::u16string copy;
         std::u16string expected;
         for (const char16_t* first = text.data(); first != last;) {
-            if (utils::findSpecial(first, last) != utils::findSpecialPortable(first, last)) {
+            if (utils::detail::findSpecial(first, last) !=
+                utils::detail::findSpecialPortable(first, last)) {
                 return "another special code unit is found in " + shown({first, last});
             }
-            const utils::EscapedRun run = escape(first, last, output.begin(), output.end());
+            const utils::detail::EscapedRun run = escape(first, last, output.begin(), output.end());
             copy.append(output.begin(), run.written);
             const bool moves = run.read != first;
             for (; first != run.read; ++first) {
                 if (isControl(first)) {
                     return "the copy does not stop before a control character of " + shown(text);
                 }
-                const std::u16string_view entity = utils::entityReference(*first);
+                const std::u16string_view entity = utils::detail::entityReference(*first);
                 expected += entity.empty() ? std::u16string_view(first, 1) : entity;
             }
-            const bool isFull =
-                output.end() - run.written < static_cast<std::ptrdiff_t>(utils::ESCAPING_MARGIN);
+            const bool isFull = output.end() - run.written <
+                                static_cast<std::ptrdiff_t>(utils::detail::ESCAPING_MARGIN);
             if (isFull && !moves) {
                 break;
             }

@@ -346,18 +346,29 @@ TEST(XmlWriter, ConvertsOncePerBatchAtTheEndOfAPiece)
     }
 }
 
-TEST(XmlWriter, KeepsASurrogatePairTogether)
+TEST(XmlWriter, KeepsASurrogatePairTogetherAndHoldsNothingElseBack)
 {
+    const std::string full(8192, 'a');
     std::string bytes;
     XmlWriter writer(bytes);
     writer.writeRawXml(std::u16string(8192, u'a') + u"\xD83D");
-    writer.writeRawXml(u"");
-    EXPECT_EQ(bytes, "");
+    EXPECT_EQ(difference(bytes, full), "");
     writer.writeRawXml(u"\xDE00");
-    EXPECT_TRUE(bytes.ends_with("a\U0001F600"));
+    writer.writeEndDocument();
+    EXPECT_EQ(difference(bytes, full + "\U0001F600"), "");
+    // At the end nothing follows.
     writer.writeRawXml(u"\xD83D");
     writer.writeEndDocument();
-    EXPECT_TRUE(bytes.ends_with("a\U0001F600\uFFFD"));
+    EXPECT_EQ(difference(bytes, full + "\U0001F600\uFFFD"), "");
+    // If every piece ends in a high surrogate, what waits is never more than one batch.
+    bytes.clear();
+    std::size_t written = 0;
+    for (int piece = 0; piece < 10'000; ++piece) {
+        writer.writeValue(u"x\xD83D");
+        written += 2;
+        // The letter is one byte; the surrogate, to which no other half has come, is three.
+        ASSERT_GE(bytes.size() + 2 * 8192, 2 * written) << piece;
+    }
 }
 
 TEST(XmlWriter, LosesWhatIsNotConvertedWhenDestroyed)
@@ -368,8 +379,69 @@ TEST(XmlWriter, LosesWhatIsNotConvertedWhenDestroyed)
         writer.writeRawXml(std::u16string(9000, u'a'));
         writer.writeRawXml(std::u16string(8192, u'b'));
     }
-    EXPECT_EQ(bytes, std::string(9000, 'a'));
+    EXPECT_EQ(difference(bytes, std::string(9000, 'a')), "");
 }
+
+TEST(XmlWriter, TakesTheTargetAsAnyArgumentForWhatItHeldBefore)
+{
+    const std::u16string before = u"\n<e a=\"1<\"";
+    const Call forms[] = {startDocument(u""),
+                          rawXml(u""),
+                          value(u""),
+                          startElement(u""),
+                          element(u"", u"", u"", u""),
+                          element(u"", u"", u""),
+                          element(u"", u""),
+                          emptyElement(u""),
+                          startAttribute(u""),
+                          attribute(u"", u"", u"", u""),
+                          attribute(u"", u"", u""),
+                          attribute(u"", u""),
+                          namespaceDeclaration(u""),
+                          defaultNamespace(u""),
+                          registerDefault(u"")};
+    for (const Call& form : forms) {
+        // A bit for each argument: whether it is the target.
+        for (std::size_t chosen = 1; chosen < 1u << form.arguments.size(); ++chosen) {
+            Call call = form;
+            for (std::size_t i = 0; i < call.arguments.size(); ++i) {
+                call.arguments[i] = (chosen >> i & 1) != 0 ? before : u"x";
+            }
+            const std::u16string expected =
+                textOf({startElement(u"e"), startAttribute(u"a"), value(u"1"), rawXml(u"<"),
+                        endAttribute(), call, endDocument()});
+            for (std::size_t room = 0; room <= 100; ++room) {
+                std::u16string target;
+                XmlWriter writer(target);
+                writer.writeStartElement(u"e", u"", u"");
+                writer.writeStartAttribute(u"a", u"", u"");
+                writer.writeValue(u"1");
+                writer.writeRawXml(u"<");
+                writer.writeEndAttribute();
+                ASSERT_EQ(target, before);
+                std::u16string withRoom(before.size() + room, u' ');
+                withRoom = before;
+                target = std::move(withRoom);
+                ASSERT_EQ(target.capacity(), before.size() + room);
+                applyWith(call, writer, [&](std::size_t index) -> const std::u16string& {
+                    return (chosen >> index & 1) != 0 ? target : call.arguments.at(index);
+                });
+                writer.writeEndDocument();
+                ASSERT_EQ(difference(target, expected), "") << call << ' ' << chosen << ' ' << room;
+            }
+        }
+    }
+}
+
+#ifndef NDEBUG
+TEST(XmlWriterDeathTest, SaysSoWhenAWriterIsUsedThatWasMovedFrom)
+{
+    std::u16string text;
+    XmlWriter writer(text);
+    const XmlWriter moved(std::move(writer));
+    EXPECT_DEATH(writer.writeEndDocument(), "moved from"); // NOLINT(bugprone-use-after-move)
+}
+#endif
 
 TEST(XmlWriter, MovesWithItsDocument)
 {

@@ -1,4 +1,4 @@
-// A short way to the namespace bindings that were used before.
+// A hash index over the namespace bindings.
 #pragma once
 
 #include <cstddef>
@@ -8,18 +8,18 @@
 #include <string>
 #include <vector>
 
-namespace tarn::utils {
+namespace tarn::utils::detail {
 
-/// Finds entries of a map from namespace names to prefixes without searching it.
+/// Finds entries of a map from namespace names to prefixes, mostly without searching the map.
 ///
-/// Most names that a document writes are in a namespace that it has used before. Namespace names
-/// are long and begin alike, so that each step of a search compares many code units in vain.
-class BindingCache
+/// Most names that a document writes are in a namespace that it has used before. A search of the
+/// map is slow because namespace names are long and begin alike.
+class BindingIndex
 {
 public:
     using Bindings = std::map<std::u16string, std::u16string>;
 
-    explicit BindingCache(Bindings& bindings) : bindings(bindings) {}
+    explicit BindingIndex(Bindings& bindings) : bindings(bindings) {}
 
     /// Where a namespace name stands in the map, or would stand.
     struct Place
@@ -45,10 +45,10 @@ public:
         return {position, true};
     }
 
-    /// To be called when @p binding has been added to the map, after a search for it.
+    /// Must be called after @p binding has been added to the map, which follows a search for it.
     void remember(Bindings::iterator binding) { slotOf(binding->first) = binding; }
 
-    /// To be called before @p binding is removed from the map.
+    /// Must be called before @p binding is removed from the map.
     void forget(Bindings::iterator binding) { slotOf(binding->first) = bindings.end(); }
 
 private:
@@ -61,24 +61,25 @@ private:
                std::memcmp(left.data(), right.data(), left.size() * sizeof(char16_t)) == 0;
     }
 
-    /// By the end of the name, which is where names differ.
+    /// Chosen by the length and the last code units of the name, since names differ at their end.
     Bindings::iterator& slotOf(const std::u16string& namespaceUri)
     {
-        std::uint64_t ending = namespaceUri.size();
-        if (namespaceUri.size() >= sizeof ending / sizeof(char16_t)) {
-            std::memcpy(&ending, &*namespaceUri.end() - sizeof ending / sizeof(char16_t),
-                        sizeof ending);
-            ending += namespaceUri.size();
+        constexpr std::size_t ENDING = sizeof(std::uint64_t) / sizeof(char16_t);
+        std::uint64_t key = namespaceUri.size();
+        if (namespaceUri.size() >= ENDING) {
+            std::uint64_t ending;
+            std::memcpy(&ending, namespaceUri.data() + namespaceUri.size() - ENDING, sizeof ending);
+            key += ending;
         }
-        constexpr std::uint64_t GOLDEN_RATIO =
-            0x9E3779B97F4A7C15; // spreads what differs in any bit
-        return slots[ending * GOLDEN_RATIO >> (64 - INDEX_BITS)];
+        // Multiplied by the golden ratio, any bit of the key changes the highest bits.
+        constexpr std::uint64_t GOLDEN_RATIO = 0x9E3779B97F4A7C15;
+        return slots[key * GOLDEN_RATIO >> (64 - INDEX_BITS)];
     }
 
     Bindings& bindings;
-    /// Each is the binding last looked for under its index, or the map's end. None before the first
-    /// search: many a document uses no namespace.
+    /// Each is the binding that was last found under its number, or the map's end. Allocated at the
+    /// first search, because many documents use no namespace.
     std::vector<Bindings::iterator> slots;
 };
 
-} // namespace tarn::utils
+} // namespace tarn::utils::detail
