@@ -40,20 +40,27 @@ void writeWholeAttribute(XmlWriter::Impl& impl, const Text& localName, const Tex
     impl.writeEndAttribute();
 }
 
-/// Calls @p OPERATION with @p arguments as they are now. An argument that is the target itself
-/// would change with each piece that is written: a copy takes its place.
+/// Calls @p OPERATION with @p arguments, of which at least one is the target itself: a copy takes
+/// its place, since the target changes with each piece that is written. Out of line, so that
+/// ordinary calls need no room for the copy.
+template <auto OPERATION, class... Arguments>
+[[gnu::noinline, gnu::cold]] void callWithCopy(XmlWriter::Impl& impl, const Arguments&... arguments)
+{
+    Text copy;
+    ((impl.isTarget(arguments) ? void(copy = arguments) : void()), ...);
+    std::invoke(OPERATION, impl, (impl.isTarget(arguments) ? copy : arguments)...);
+}
+
+/// Calls @p OPERATION with @p arguments as they are now, be they the target itself.
 template <auto OPERATION, class... Arguments>
 void call(XmlWriter::Impl* impl, const Arguments&... arguments)
 {
     assert(impl != nullptr && "a call on an XmlWriter that was moved from");
-    if (!(impl->isTarget(arguments) || ...)) [[likely]] {
+    if ((impl->isTarget(arguments) || ...)) [[unlikely]] {
+        callWithCopy<OPERATION>(*impl, arguments...);
+    } else {
         std::invoke(OPERATION, *impl, arguments...);
-        return;
     }
-    // All that are the target are the same string, so that one copy is enough.
-    Text copy;
-    ((impl->isTarget(arguments) ? void(copy = arguments) : void()), ...);
-    std::invoke(OPERATION, *impl, (impl->isTarget(arguments) ? copy : arguments)...);
 }
 
 } // namespace

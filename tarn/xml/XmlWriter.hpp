@@ -1,4 +1,5 @@
-// XmlWriter: a streaming, namespace-aware writer of XML text. This header is its manual.
+// XmlWriter: a streaming, namespace-aware writer of XML text. This header is its manual; the guide,
+// docs/guide.md, introduces it step by step (installed as share/doc/libtarn-utils-dev/guide.md).
 #pragma once
 
 #include "tarn/export.hpp"
@@ -30,15 +31,17 @@ namespace tarn::utils {
 ///
 /// **Text.** Every string is UTF-16 in `std::u16string`; an empty one stands for none (no
 /// namespace, no preferred prefix). Surrogates need not be paired: a `std::u16string` target
-/// receives them as they are, and the two UTF-8 targets receive U+FFFD for each one without a
-/// partner.
+/// receives them as they are, and the two UTF-8 targets receive U+FFFD for each surrogate that has
+/// no other half. The halves of a pair can be written by two calls. An argument can be the target
+/// string itself: its value is the one that it had when the call began.
 ///
 /// **Names.** An element or attribute is named by its local name, its namespace name and the prefix
 /// that the caller would like (Namespaces in XML 1.0). The writer binds a prefix to a namespace
-/// name at its first use, declares it on the start tag that is open then, and forgets it when that
-/// element ends. The preferred prefix is taken if no binding in scope uses it; otherwise, and when
-/// none is preferred, the prefix is `ns1`, `ns2`, ... A namespace name that is bound already keeps
-/// its prefix, whatever prefix is preferred. The prefix `xml` is bound from the start.
+/// name when that is first used, declares it on the start tag that is open then, and removes the
+/// binding when that element ends. It takes the preferred prefix if no binding in scope uses it.
+/// Otherwise, and when no prefix is preferred, it generates `ns1`, `ns2`, ... A namespace name that
+/// is already bound keeps its prefix, whatever prefix is preferred. The prefix `xml` is bound from
+/// the start.
 ///
 /// **Layout.** Each start tag begins a new line, indented by two spaces for each open element. An
 /// end tag begins a new line if the last tag inside the element was an end tag or an empty-element
@@ -48,19 +51,20 @@ namespace tarn::utils {
 /// it closed. A call that does not fit the state (an attribute after the start tag has been closed,
 /// an end without a start) is ignored.
 ///
-/// **What is not checked.** Names, the declared version and raw text are written as they are given;
-/// values and namespace names are escaped. Well-formedness is otherwise the caller's.
+/// **What is not checked.** The writer escapes values and namespace names. It writes names, the
+/// declared version and raw text as they are given; that these are well-formed is up to the caller.
 ///
-/// **Completion.** Nothing is written by the destructor. On the two UTF-8 targets text is converted
-/// in batches of more than 8192 UTF-16 code units, so the output is complete only after
+/// **Completion.** The destructor writes nothing. On the two UTF-8 targets text is converted in
+/// batches of more than 8192 UTF-16 code units, so the output is complete only after
 /// `writeEndDocument`.
 ///
-/// **Failure.** The writer throws nothing of its own. What the allocator, the converter or the
-/// caller's stream throws passes through; text handed on before stays written, and the writer can
-/// still be used or destroyed. A stream that fails without throwing is not noticed: check the
-/// stream.
+/// **Failure.** The writer throws no exceptions of its own. Exceptions of the allocator, the
+/// converter or the caller's stream pass through. What was written before stays written, and the
+/// writer can still be used or destroyed. The writer does not notice a stream that fails without
+/// throwing: check the stream.
 ///
-/// **Threads.** A writer is used by one thread at a time. Different writers share nothing mutable.
+/// **Threads.** A writer is used by one thread at a time. Different writers share nothing that
+/// changes.
 class TARN_EXPORT XmlWriter
 {
 public:
@@ -83,24 +87,25 @@ public:
     explicit XmlWriter(std::string& output);
 
     /// Writes UTF-8 to @p output, with formatted insertion (`<<`), in batches of more than 8192
-    /// UTF-16 code units and at `writeEndDocument`, which also flushes the stream. What the stream
-    /// holds already stays. @p output must outlive the writer.
+    /// UTF-16 code units and at `writeEndDocument`, which also flushes the stream. The text follows
+    /// what the stream already holds. @p output must outlive the writer.
     /// @see @ref targets-and-when-text-reaches-them
     explicit XmlWriter(std::ostream& output);
 
-    /// Frees the writer's state and writes nothing: open elements stay open, and up to one batch of
-    /// text that has not been converted yet is lost unless `writeEndDocument` came last.
+    /// Frees the writer's state and writes nothing: open elements stay open. On the two UTF-8
+    /// targets, text written since the last batch or `writeEndDocument` is lost.
     /// @see @ref what-is-lost-without-writeenddocument
     ~XmlWriter();
 
     XmlWriter(const XmlWriter&) = delete;
     XmlWriter& operator=(const XmlWriter&) = delete;
 
-    /// Takes over the document of @p other, which can then only be destroyed or assigned to.
+    /// Takes over the document of @p other, which can then only be destroyed or assigned to. Any
+    /// other call on it is undefined; in builds of the library with assertions (without `NDEBUG`)
+    /// it ends the program and says why.
     XmlWriter(XmlWriter&& other) noexcept : impl(std::exchange(other.impl, nullptr)) {}
 
-    /// As the move constructor; the document that this writer had is abandoned as by the
-    /// destructor.
+    /// As the move constructor. The document that this writer had is left as by the destructor.
     XmlWriter& operator=(XmlWriter&& other) noexcept
     {
         XmlWriter taken(std::move(other));
@@ -238,7 +243,7 @@ public:
     void registerDefaultNamespace(const std::u16string& namespaceUri);
 
 private:
-    /// Owned. A plain pointer, since moving a smart one would need the whole of Impl here.
+    /// Owned. A plain pointer, because moving a smart one would need the definition of Impl here.
     Impl* impl;
 };
 
