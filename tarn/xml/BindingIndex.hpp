@@ -1,59 +1,96 @@
 // A hash index over the namespace bindings.
 #pragma once
 
+#include <bit>
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
 #include <map>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace tarn::utils::detail {
 
-/// Finds entries of a map from namespace names to prefixes, mostly without searching the map.
+/// Finds entries of a map from namespace names to prefixes without searching the map, which is slow
+/// because namespace names are long and begin alike.
 ///
-/// Most names that a document writes are in a namespace that it has used before. A search of the
-/// map is slow because namespace names are long and begin alike.
+/// A hash table with open addressing. A name stands at most PROBES slots behind the one that its
+/// hash gives. A name that finds no free slot there is not in the table, and searches go to the map
+/// while there is such a name. So names that were chosen to collide make searches as slow as the
+/// map, and no slower.
 class BindingIndex
 {
 public:
     using Bindings = std::map<std::u16string, std::u16string>;
+    using Binding = Bindings::iterator;
 
-    explicit BindingIndex(Bindings& bindings) : bindings(bindings) {}
+    explicit BindingIndex(Bindings& bindings) : bindings(bindings), lastFound(bindings.end()) {}
 
-    /// Where a namespace name stands in the map, or would stand.
-    struct Place
+    /// Returns the binding of @p namespaceUri, or the map's end if it is not bound.
+    Binding find(const std::u16string& namespaceUri)
     {
-        Bindings::iterator position;
-        bool isBound;
-    };
-
-    Place find(const std::u16string& namespaceUri)
-    {
-        if (slots.empty()) {
-            slots.assign(SLOTS, bindings.end());
+        if (lastFound == bindings.end() || !same(lastFound->first, namespaceUri)) {
+            lastFound = search(namespaceUri);
         }
-        Bindings::iterator& slot = slotOf(namespaceUri);
-        if (slot != bindings.end() && same(slot->first, namespaceUri)) {
-            return {slot, true};
-        }
-        const auto position = bindings.lower_bound(namespaceUri);
-        if (position == bindings.end() || !same(position->first, namespaceUri)) {
-            return {position, false};
-        }
-        slot = position;
-        return {position, true};
+        return lastFound;
     }
 
-    /// Must be called after @p binding has been added to the map, which follows a search for it.
-    void remember(Bindings::iterator binding) { slotOf(binding->first) = binding; }
+    /// Makes room for one more binding, which may throw. Call it before a binding is added to the
+    /// map.
+    void reserve()
+    {
+        if (2 * (indexed + 1) > slots.size()) {
+            rebuild(slots.empty() ? FIRST_SIZE : 2 * slots.size());
+        }
+    }
 
-    /// Must be called before @p binding is removed from the map.
-    void forget(Bindings::iterator binding) { slotOf(binding->first) = bindings.end(); }
+    /// Call it after @p binding has been added to the map. Its name must be the one that find() was
+    /// called with last.
+    void add(Binding binding) noexcept
+    {
+        insert(lastHash, binding);
+        lastFound = binding;
+    }
+
+    /// Call it before @p binding, which find() has returned last, is removed from the map.
+    void remove(Binding binding) noexcept
+    {
+        lastFound = bindings.end();
+        std::size_t hole = slotOf(lastHash, binding->first);
+        if (hole == NOWHERE) {
+            --unindexed;
+            return;
+        }
+        // Later names move up, unless that would put them before the slot that their hash gives.
+        for (std::size_t distance = 1; distance < PROBES; ++distance) {
+            const std::size_t next = wrapped(hole + distance);
+            if (slots[next].binding == bindings.end()) {
+                break;
+            }
+            if (wrapped(next - wrapped(slots[next].hash)) >= distance) {
+                slots[hole] = slots[next];
+                hole = next;
+                distance = 0;
+            }
+        }
+        slots[hole].binding = bindings.end();
+        --indexed;
+    }
 
 private:
-    static constexpr unsigned INDEX_BITS = 7;
-    static constexpr std::size_t SLOTS = std::size_t{1} << INDEX_BITS;
+    struct Slot
+    {
+        /// The map's end if the slot is free.
+        Binding binding;
+        std::uint32_t hash;
+    };
+
+    static constexpr std::size_t PROBES = 16;
+    /// Room for the two bindings that every map has, and for the few that most documents add.
+    static constexpr std::size_t FIRST_SIZE = 32;
+    static_assert(FIRST_SIZE >= PROBES && std::has_single_bit(FIRST_SIZE));
+    static constexpr std::size_t NOWHERE = static_cast<std::size_t>(-1);
 
     static bool same(const std::u16string& left, const std::u16string& right)
     {
@@ -61,25 +98,106 @@ private:
                std::memcmp(left.data(), right.data(), left.size() * sizeof(char16_t)) == 0;
     }
 
-    /// Chosen by the length and the last code units of the name, since names differ at their end.
-    Bindings::iterator& slotOf(const std::u16string& namespaceUri)
+    /// Every code unit counts, since a document's namespace names can differ in any.
+    static std::uint32_t hashOf(std::u16string_view name)
     {
-        constexpr std::size_t ENDING = sizeof(std::uint64_t) / sizeof(char16_t);
-        std::uint64_t key = namespaceUri.size();
-        if (namespaceUri.size() >= ENDING) {
-            std::uint64_t ending;
-            std::memcpy(&ending, namespaceUri.data() + namespaceUri.size() - ENDING, sizeof ending);
-            key += ending;
+        constexpr std::size_t WORD = sizeof(std::uint64_t) / sizeof(char16_t);
+        const auto word = [](const char16_t* units) {
+            std::uint64_t value;
+            std::memcpy(&value, units, sizeof value);
+            return value;
+        };
+        std::uint64_t hash = name.size();
+        const char16_t* units = name.data();
+        std::size_t left = name.size();
+        for (; left > 2 * WORD; left -= 2 * WORD, units += 2 * WORD) {
+            hash = mixed(word(units) ^ hash, word(units + WORD));
         }
-        // Multiplied by the golden ratio, any bit of the key changes the highest bits.
-        constexpr std::uint64_t GOLDEN_RATIO = 0x9E3779B97F4A7C15;
-        return slots[key * GOLDEN_RATIO >> (64 - INDEX_BITS)];
+        if (left >= WORD) {
+            return static_cast<std::uint32_t>(mixed(word(units) ^ hash, word(units + left - WORD)));
+        }
+        std::uint64_t rest = 0;
+        for (; left > 0; --left) {
+            rest = rest << 16 | *units++;
+        }
+        return static_cast<std::uint32_t>(mixed(rest, hash));
+    }
+
+    /// Both halves of a product in which every bit of @p left and @p right takes part.
+    static std::uint64_t mixed(std::uint64_t left, std::uint64_t right)
+    {
+        constexpr std::uint64_t LEFT_BITS = 0x9E3779B97F4A7C15; // any odd numbers with many bits
+        constexpr std::uint64_t RIGHT_BITS = 0xD1B54A32D192ED03;
+        __extension__ using Product = unsigned __int128;
+        const Product product = Product{left ^ LEFT_BITS} * (right ^ RIGHT_BITS);
+        return static_cast<std::uint64_t>(product) ^ static_cast<std::uint64_t>(product >> 64);
+    }
+
+    std::size_t wrapped(std::size_t slot) const { return slot & (slots.size() - 1); }
+
+    Binding search(const std::u16string& namespaceUri)
+    {
+        if (slots.empty()) {
+            rebuild(FIRST_SIZE);
+        }
+        lastHash = hashOf(namespaceUri);
+        const std::size_t slot = slotOf(lastHash, namespaceUri);
+        if (slot != NOWHERE) {
+            return slots[slot].binding;
+        }
+        return unindexed == 0 ? bindings.end() : bindings.find(namespaceUri);
+    }
+
+    /// The slot that holds @p namespaceUri.
+    std::size_t slotOf(std::uint32_t hash, const std::u16string& namespaceUri) const
+    {
+        for (std::size_t distance = 0; distance < PROBES; ++distance) {
+            const std::size_t slot = wrapped(hash + distance);
+            const auto& [binding, itsHash] = slots[slot];
+            if (binding == bindings.end()) {
+                break;
+            }
+            if (itsHash == hash && same(binding->first, namespaceUri)) {
+                return slot;
+            }
+        }
+        return NOWHERE;
+    }
+
+    void insert(std::uint32_t hash, Binding binding) noexcept
+    {
+        for (std::size_t distance = 0; distance < PROBES; ++distance) {
+            Slot& slot = slots[wrapped(hash + distance)];
+            if (slot.binding == bindings.end()) {
+                slot = {binding, hash};
+                ++indexed;
+                return;
+            }
+        }
+        ++unindexed;
+    }
+
+    void rebuild(std::size_t size)
+    {
+        slots.assign(size, {bindings.end(), 0});
+        indexed = 0;
+        unindexed = 0;
+        for (Binding binding = bindings.begin(); binding != bindings.end(); ++binding) {
+            insert(hashOf(binding->first), binding);
+        }
     }
 
     Bindings& bindings;
-    /// Each is the binding that was last found under its number, or the map's end. Allocated at the
-    /// first search, because many documents use no namespace.
-    std::vector<Bindings::iterator> slots;
+    /// What find() returned last, since most names are in the namespace of the name before; and the
+    /// hash of the name that it was called with.
+    Binding lastFound;
+    std::uint32_t lastHash = 0;
+    /// At least twice as many as there are names in them; their number is a power of two. None
+    /// before the first search, because many documents use no namespace.
+    std::vector<Slot> slots;
+    std::size_t indexed = 0;
+    /// How many names are in the map and not in the table.
+    std::size_t unindexed = 0;
 };
 
 } // namespace tarn::utils::detail

@@ -90,7 +90,7 @@ private:
     };
 
     using Bindings = detail::BindingIndex::Bindings;
-    using Place = detail::BindingIndex::Place;
+    using Binding = detail::BindingIndex::Binding;
 
     /// Writes the start of an attribute up to its opening quote.
     void openAttribute(detail::QualifiedName name);
@@ -107,11 +107,10 @@ private:
     detail::QualifiedName qualify(const std::u16string& localName,
                                   const std::u16string& namespaceUri, const std::u16string& prefix);
     /// Binds @p namespaceUri, which is not bound yet, and queues its declaration.
-    Bindings::iterator bind(Place place, const std::u16string& namespaceUri,
-                            const std::u16string& prefix);
+    Binding bind(const std::u16string& namespaceUri, const std::u16string& prefix);
     /// As above, to @p prefix if it is not in use, or else to a generated one.
-    Bindings::iterator bindUnused(Place place, const std::u16string& namespaceUri,
-                                  const std::u16string& prefix);
+    Binding bindUnused(const std::u16string& namespaceUri, const std::u16string& prefix);
+    bool isBound(Binding binding) const { return binding != prefixMap.end(); }
     /// Queues the declaration of @p namespaceUri and marks @p prefix as used.
     void queueDeclaration(const std::u16string& namespaceUri, const std::u16string& prefix);
     /// Ends the bindings that were declared on @p element.
@@ -165,9 +164,11 @@ inline detail::QualifiedName XmlWriter::Impl::qualify(const std::u16string& loca
     if (namespaceUri.empty()) {
         return {detail::NONE, localName};
     }
-    const Place place = reuse.index.find(namespaceUri);
-    // Out of line: the local strings of bindUnused would add a stack-protector check to every name.
-    const auto binding = place.isBound ? place.position : bindUnused(place, namespaceUri, prefix);
+    Binding binding = reuse.index.find(namespaceUri);
+    if (!isBound(binding)) {
+        // Out of line: its local strings would add a stack-protector check to every name.
+        binding = bindUnused(namespaceUri, prefix);
+    }
     return {binding->second, localName};
 }
 

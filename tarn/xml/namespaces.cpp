@@ -16,9 +16,8 @@ void XmlWriter::Impl::writeNamespace(const std::u16string& namespaceUri,
     if (state != State::StartTagOpen) {
         return;
     }
-    const Place place = reuse.index.find(namespaceUri);
-    if (!place.isBound) {
-        bindUnused(place, namespaceUri, prefix);
+    if (!isBound(reuse.index.find(namespaceUri))) {
+        bindUnused(namespaceUri, prefix);
         processDeferredRegistrations();
     }
 }
@@ -27,8 +26,8 @@ void XmlWriter::Impl::processDeferredRegistrations()
 {
     std::vector<std::u16string>& declared = elementStack.back().declaredNamespaces;
     while (!pendingRegistrations.empty()) {
-        const auto [binding, isBound] = reuse.index.find(pendingRegistrations.front());
-        if (!isBound) {
+        const Binding binding = reuse.index.find(pendingRegistrations.front());
+        if (!isBound(binding)) {
             pendingRegistrations.pop_front();
             continue;
         }
@@ -44,9 +43,8 @@ void XmlWriter::Impl::processDeferredRegistrations()
 void XmlWriter::Impl::registerPrefix(const std::u16string& namespaceUri,
                                      const std::u16string& prefix)
 {
-    const Place place = reuse.index.find(namespaceUri);
-    if (!place.isBound) {
-        bind(place, namespaceUri, prefix);
+    if (!isBound(reuse.index.find(namespaceUri))) {
+        bind(namespaceUri, prefix);
     } else {
         queueDeclaration(namespaceUri, prefix);
     }
@@ -74,24 +72,24 @@ std::u16string XmlWriter::Impl::qualifyName(const std::u16string& localName,
     return name;
 }
 
-XmlWriter::Impl::Bindings::iterator XmlWriter::Impl::bindUnused(Place place,
-                                                                const std::u16string& namespaceUri,
-                                                                const std::u16string& prefix)
+XmlWriter::Impl::Binding XmlWriter::Impl::bindUnused(const std::u16string& namespaceUri,
+                                                     const std::u16string& prefix)
 {
-    return bind(place, namespaceUri, findUnusedPrefix(prefix));
+    return bind(namespaceUri, findUnusedPrefix(prefix));
 }
 
-XmlWriter::Impl::Bindings::iterator
-XmlWriter::Impl::bind(Place place, const std::u16string& namespaceUri, const std::u16string& prefix)
+XmlWriter::Impl::Binding XmlWriter::Impl::bind(const std::u16string& namespaceUri,
+                                               const std::u16string& prefix)
 {
+    reuse.index.reserve();
     Bindings::node_type node = reuse.bindings.take();
     if (!node.empty()) {
         node.key() = namespaceUri;
         node.mapped() = prefix;
     }
-    const auto binding = node.empty() ? prefixMap.emplace_hint(place.position, namespaceUri, prefix)
-                                      : prefixMap.insert(place.position, std::move(node));
-    reuse.index.remember(binding);
+    const Binding binding = node.empty() ? prefixMap.emplace(namespaceUri, prefix).first
+                                         : prefixMap.insert(std::move(node)).position;
+    reuse.index.add(binding);
     queueDeclaration(namespaceUri, prefix);
     return binding;
 }
@@ -115,9 +113,9 @@ void XmlWriter::Impl::endBindings(StackItem& element)
 {
     for (std::u16string& namespaceUri : element.declaredNamespaces) {
         // A name that was declared twice is no longer bound the second time.
-        const auto [binding, isBound] = reuse.index.find(namespaceUri);
-        if (isBound) {
-            reuse.index.forget(binding);
+        const Binding binding = reuse.index.find(namespaceUri);
+        if (isBound(binding)) {
+            reuse.index.remove(binding);
             reuse.prefixes.put(usedPrefixes.extract(binding->second));
             reuse.bindings.put(prefixMap.extract(binding));
         }
