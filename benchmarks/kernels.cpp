@@ -1,5 +1,6 @@
 // Times the kernels by themselves, each beside its portable twin, on about one batch of text.
 #include "tarn/xml/text_escaping.hpp"
+#include "tests/support/plain_escaping.hpp"
 #include "text/utf16.hpp"
 #include "text/utf8_encoder.hpp"
 
@@ -105,7 +106,7 @@ int main(int argumentCount, char** arguments)
         addEncoder(sample, "portable", encodeUtf8Portable);
         addEncoder(sample, "ssse3", utf8EncoderForSsse3());
         addEncoder(sample, "avx512", utf8EncoderForAvx512());
-        addEscaper(sample, "portable", escapeMarkupPortable);
+        addEscaper(sample, "portable", tarn::tests::escapeMarkupPlain);
         addEscaper(sample, "vector", escapeMarkup);
     }
     addEscaper(SAMPLES.front(), "search and copy", searchAndCopy);

@@ -2,7 +2,7 @@
 
 #include "text/utf16.hpp"
 
-#include <initializer_list>
+#include <algorithm>
 
 namespace tarn::text {
 
@@ -10,12 +10,11 @@ namespace {
 
 Utf8Encoder bestEncoder()
 {
-    for (const Utf8Encoder encoder : {utf8EncoderForAvx512(), utf8EncoderForSsse3()}) {
-        if (encoder != nullptr) {
-            return encoder;
-        }
-    }
-    return encodeUtf8Portable;
+    const auto levels = utf8EncoderLevels();
+    return std::ranges::find_if(
+               levels, [](Utf8Encoder encode) { return encode != nullptr; },
+               &Utf8EncoderLevel::encode)
+        ->encode;
 }
 
 constexpr char continuation(unsigned bits)
@@ -29,6 +28,13 @@ EncodedUtf8 encodeUtf8(const char16_t* first, const char16_t* last, char* out)
 {
     static const Utf8Encoder best = bestEncoder();
     return best(first, last, out);
+}
+
+std::array<Utf8EncoderLevel, 3> utf8EncoderLevels()
+{
+    return {{{"AVX-512", utf8EncoderForAvx512()},
+             {"SSSE3", utf8EncoderForSsse3()},
+             {"portable", encodeUtf8Portable}}};
 }
 
 EncodedUtf8 encodeUtf8Portable(const char16_t* first, const char16_t* last, char* out)

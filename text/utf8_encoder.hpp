@@ -1,7 +1,9 @@
-// The kernels that turn well-formed UTF-16 into UTF-8.
+// The kernels that turn UTF-16 into UTF-8: one interface, one file for each level of processors.
 #pragma once
 
+#include <array>
 #include <cstddef>
+#include <string_view>
 
 namespace tarn::text {
 
@@ -12,7 +14,7 @@ struct EncodedUtf8
     char* written;        ///< One past the last byte that belongs to the result.
 };
 
-/// What an encoder may write for @p length code units, in bytes.
+/// The most bytes that an encoder writes for @p length code units.
 constexpr std::size_t encodedUtf8Bound(std::size_t length)
 {
     constexpr std::size_t BYTES_PER_UNIT = 3; // a surrogate pair needs four bytes for its two units
@@ -26,10 +28,19 @@ EncodedUtf8 encodeUtf8(const char16_t* first, const char16_t* last, char* out);
 
 using Utf8Encoder = EncodedUtf8 (*)(const char16_t* first, const char16_t* last, char* out);
 
-/// The same, one code point at a time.
-EncodedUtf8 encodeUtf8Portable(const char16_t* first, const char16_t* last, char* out);
+/// An encoder for one level of processors, which does what encodeUtf8() does.
+struct Utf8EncoderLevel
+{
+    std::string_view name;
+    Utf8Encoder encode; ///< Null if this processor is below the level.
+};
 
-/// The same with the vectors of one level of processors, or null if this processor is below it.
+/// All levels, the best first. The last one, "portable", runs on every processor: it encodes one
+/// code point at a time. encodeUtf8() uses the first that this processor can run.
+std::array<Utf8EncoderLevel, 3> utf8EncoderLevels();
+
+// The encoders of the levels, or null.
+EncodedUtf8 encodeUtf8Portable(const char16_t* first, const char16_t* last, char* out);
 Utf8Encoder utf8EncoderForSsse3();
 Utf8Encoder utf8EncoderForAvx512();
 

@@ -176,14 +176,6 @@ const char16_t* findSpecial(const char16_t* first, const char16_t* last)
     return specials != 0 ? first + std::countr_zero(specials) : last;
 }
 
-const char16_t* findSpecialPortable(const char16_t* first, const char16_t* last)
-{
-    while (first != last && !isSpecial(*first)) {
-        ++first;
-    }
-    return first;
-}
-
 EscapedRun escapeMarkup(const char16_t* first, const char16_t* last, char16_t* out,
                         const char16_t* outLast)
 {
@@ -225,21 +217,6 @@ EscapedRun escapeMarkup(const char16_t* first, const char16_t* last, char16_t* o
         return {last, copyExactly(first, unread(), out)};
     }
     return replaceSpecials<copyExactly>(first, unread(), specials, out);
-}
-
-EscapedRun escapeMarkupPortable(const char16_t* first, const char16_t* last, char16_t* out,
-                                const char16_t* outLast)
-{
-    while (first != last && !isSpecialControl(*first) &&
-           static_cast<std::size_t>(outLast - out) >= ESCAPING_MARGIN) {
-        if (isMarkup(*first)) {
-            out = copyUnits(ENTITIES[*first].text(), out);
-        } else {
-            *out++ = *first;
-        }
-        ++first;
-    }
-    return {first, out};
 }
 
 } // namespace tarn::utils::detail

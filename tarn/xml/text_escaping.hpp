@@ -18,9 +18,6 @@ std::u16string_view entityReference(char16_t unit);
 /// Returns a pointer to the first special code unit from @p first on, or @p last if there is none.
 const char16_t* findSpecial(const char16_t* first, const char16_t* last);
 
-/// The same, one code unit at a time.
-const char16_t* findSpecialPortable(const char16_t* first, const char16_t* last);
-
 /// How far an escaping copy got.
 struct EscapedRun
 {
@@ -38,9 +35,5 @@ inline constexpr std::size_t ESCAPING_MARGIN = 128;
 /// the copy's end.
 EscapedRun escapeMarkup(const char16_t* first, const char16_t* last, char16_t* out,
                         const char16_t* outLast);
-
-/// The same, one code unit at a time.
-EscapedRun escapeMarkupPortable(const char16_t* first, const char16_t* last, char16_t* out,
-                                const char16_t* outLast);
 
 } // namespace tarn::utils::detail

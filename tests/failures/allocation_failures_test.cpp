@@ -66,7 +66,7 @@ void writeWithFailures()
     Target whole;
     utils::XmlWriter writer(whole.get());
     for (const Call& call : calls) {
-        apply(call, writer);
+        call.applyTo(&writer);
         sizes.push_back(whole.view().size());
     }
 
@@ -79,7 +79,7 @@ void writeWithFailures()
         }
         for (std::size_t i = 0; i < calls.size(); ++i) {
             const bool isFirst = !failure.hasHappened();
-            if (failure.during([&] { apply(calls[i], *failing); }) && isFirst) {
+            if (failure.during([&] { calls[i].applyTo(&*failing); }) && isFirst) {
                 EXPECT_TRUE(whole.view().starts_with(target.view()));
                 EXPECT_TRUE(i == 0 || target.view().size() >= sizes[i - 1]);
                 EXPECT_LE(target.view().size(), sizes[i]);

@@ -1,106 +1,192 @@
 // Calls of the writer as data: for tables, for random sequences and for failure messages.
 #pragma once
 
+#include "support/RecordingSink.hpp"
 #include "support/reference_utf8.hpp"
+#include "support/ReferenceWriter.hpp"
 
+#include <tarn/xml/XmlWriter.hpp>
+
+#include <algorithm>
+#include <array>
 #include <ostream>
 #include <string>
 #include <string_view>
+#include <utility>
+#include <variant>
 #include <vector>
 
 namespace tarn::tests {
 
-/// The operations of XmlWriter; the number of arguments tells overloads apart.
-enum class Operation
-{
-    writeStartDocument,
-    writeEndDocument,
-    writeRawXml,
-    writeValue,
-    writeStartElement,
-    writeStartElementClose,
-    writeEndElement,
-    writeElement,
-    writeEmptyElement,
-    writeStartAttribute,
-    writeEndAttribute,
-    writeAttribute,
-    writeNamespace,
-    writeDefaultNamespace,
-    registerDefaultNamespace,
-};
+/// What calls are made on: the writer, its implementation over a recording sink, or its model.
+using AnyWriter = std::variant<utils::XmlWriter*, RecordedWriter*, ReferenceWriter*>;
+
+/// The arguments of a call; those behind the last one are null.
+using Arguments = std::array<const std::u16string*, 4>;
+
+class Operation;
 
 struct Call
 {
-    Operation operation;
+    const Operation* operation;
     std::vector<std::u16string> arguments = {};
+
+    /// Makes the call with these arguments.
+    void applyTo(AnyWriter writer) const;
 };
 
 using Calls = std::vector<Call>;
 
-/// Makes @p call on any class that has the writer's operations, with the arguments that the
-/// function @p argument gives by their index.
-void applyWith(const Call& call, auto& writer, const auto& argument)
+/// An operation of XmlWriter with all its overloads.
+class Operation
 {
-    const std::vector<std::u16string>& arguments = call.arguments;
-    switch (call.operation) {
-    case Operation::writeStartDocument:
-        return writer.writeStartDocument(argument(0));
-    case Operation::writeEndDocument:
-        return writer.writeEndDocument();
-    case Operation::writeRawXml:
-        return writer.writeRawXml(argument(0));
-    case Operation::writeValue:
-        return writer.writeValue(argument(0));
-    case Operation::writeStartElement:
-        return writer.writeStartElement(argument(0), argument(1), argument(2));
-    case Operation::writeStartElementClose:
-        return writer.writeStartElementClose();
-    case Operation::writeEndElement:
-        return writer.writeEndElement();
-    case Operation::writeElement:
-        return arguments.size() == 4
-                   ? writer.writeElement(argument(0), argument(1), argument(2), argument(3))
-               : arguments.size() == 3 ? writer.writeElement(argument(0), argument(1), argument(2))
-                                       : writer.writeElement(argument(0), argument(1));
-    case Operation::writeEmptyElement:
-        return writer.writeEmptyElement(argument(0), argument(1), argument(2));
-    case Operation::writeStartAttribute:
-        return writer.writeStartAttribute(argument(0), argument(1), argument(2));
-    case Operation::writeEndAttribute:
-        return writer.writeEndAttribute();
-    case Operation::writeAttribute:
-        return arguments.size() == 4
-                   ? writer.writeAttribute(argument(0), argument(1), argument(2), argument(3))
-               : arguments.size() == 3
-                   ? writer.writeAttribute(argument(0), argument(1), argument(2))
-                   : writer.writeAttribute(argument(0), argument(1));
-    case Operation::writeNamespace:
-        return writer.writeNamespace(argument(0), argument(1));
-    case Operation::writeDefaultNamespace:
-        return writer.writeDefaultNamespace(argument(0));
-    case Operation::registerDefaultNamespace:
-        return writer.registerDefaultNamespace(argument(0));
+public:
+    using Apply = void (*)(AnyWriter, const Arguments&);
+
+    Operation(const char* name, std::string_view kinds, Apply apply)
+        : name(name), kinds(kinds), apply(apply)
+    {
+        listed().push_back(this);
+    }
+    Operation(const Operation&) = delete;
+    Operation& operator=(const Operation&) = delete;
+
+    /// All operations, in the order of their definitions.
+    static const std::vector<const Operation*>& all() { return listed(); }
+
+    /// Whether the namespace name and the prefix can be left out of the call.
+    bool hasOverloads() const { return kinds == "NUPT"; }
+
+    /// A call of this operation, so that a table of calls reads like the calls themselves.
+    /// Arguments that are left out are empty, unless there is an overload without them.
+    template <class... Given>
+    Call operator()(const Given&... given) const
+    {
+        Call call{this, {given...}};
+        if (!hasOverloads()) {
+            call.arguments.resize(kinds.size());
+        }
+        return call;
+    }
+
+    const char* const name;
+    /// A letter for each argument: local Name, namespace Uri, Prefix, Text, Version.
+    const std::string_view kinds;
+    const Apply apply;
+
+private:
+    static std::vector<const Operation*>& listed()
+    {
+        static std::vector<const Operation*> operations;
+        return operations;
+    }
+};
+
+namespace detail {
+
+/// Calls @p call with a writer and @p COUNT arguments, if that is how many there are.
+template <std::size_t COUNT>
+void applyIfCount(AnyWriter writer, const Arguments& arguments, const auto& call)
+{
+    const auto given = std::ranges::find(arguments, nullptr) - arguments.begin();
+    if (given == COUNT) {
+        [&]<std::size_t... INDEX>(std::index_sequence<INDEX...>)
+        {
+            std::visit([&](auto* target) { call(*target, *arguments[INDEX]...); }, writer);
+        }
+        (std::make_index_sequence<COUNT>());
     }
 }
 
-/// Makes @p call on any class that has the writer's operations.
-void apply(const Call& call, auto& writer)
+/// An operation whose overloads have @p COUNTS arguments and are called by @p call.
+template <std::size_t... COUNTS>
+Operation operation(const char* name, std::string_view kinds, auto call)
 {
-    applyWith(call, writer,
-              [&](std::size_t index) -> const std::u16string& { return call.arguments.at(index); });
+    return {name, kinds, [](AnyWriter writer, const Arguments& arguments) {
+                (applyIfCount<COUNTS>(writer, arguments, decltype(call)()), ...);
+            }};
+}
+
+} // namespace detail
+
+// The operations: a new one is a line here. Random sequences choose the first ones most often.
+
+inline const auto startElement =
+    detail::operation<3>("writeStartElement", "NUP", [](auto& writer, auto&... arguments) {
+        writer.writeStartElement(arguments...);
+    });
+inline const auto endElement =
+    detail::operation<0>("writeEndElement", "", [](auto& writer, auto&... arguments) {
+        writer.writeEndElement(arguments...);
+    });
+inline const auto attribute =
+    detail::operation<2, 3, 4>("writeAttribute", "NUPT", [](auto& writer, auto&... arguments) {
+        writer.writeAttribute(arguments...);
+    });
+inline const auto value = detail::operation<1>(
+    "writeValue", "T", [](auto& writer, auto&... arguments) { writer.writeValue(arguments...); });
+inline const auto element =
+    detail::operation<2, 3, 4>("writeElement", "NUPT", [](auto& writer, auto&... arguments) {
+        writer.writeElement(arguments...);
+    });
+inline const auto emptyElement =
+    detail::operation<3>("writeEmptyElement", "NUP", [](auto& writer, auto&... arguments) {
+        writer.writeEmptyElement(arguments...);
+    });
+inline const auto startAttribute =
+    detail::operation<3>("writeStartAttribute", "NUP", [](auto& writer, auto&... arguments) {
+        writer.writeStartAttribute(arguments...);
+    });
+inline const auto endAttribute =
+    detail::operation<0>("writeEndAttribute", "", [](auto& writer, auto&... arguments) {
+        writer.writeEndAttribute(arguments...);
+    });
+inline const auto startElementClose =
+    detail::operation<0>("writeStartElementClose", "", [](auto& writer, auto&... arguments) {
+        writer.writeStartElementClose(arguments...);
+    });
+inline const auto namespaceDeclaration =
+    detail::operation<2>("writeNamespace", "UP", [](auto& writer, auto&... arguments) {
+        writer.writeNamespace(arguments...);
+    });
+inline const auto defaultNamespace =
+    detail::operation<1>("writeDefaultNamespace", "U", [](auto& writer, auto&... arguments) {
+        writer.writeDefaultNamespace(arguments...);
+    });
+inline const auto registerDefault =
+    detail::operation<1>("registerDefaultNamespace", "U", [](auto& writer, auto&... arguments) {
+        writer.registerDefaultNamespace(arguments...);
+    });
+inline const auto rawXml = detail::operation<1>(
+    "writeRawXml", "T", [](auto& writer, auto&... arguments) { writer.writeRawXml(arguments...); });
+inline const auto startDocument =
+    detail::operation<1>("writeStartDocument", "V", [](auto& writer, auto&... arguments) {
+        writer.writeStartDocument(arguments...);
+    });
+inline const auto endDocument =
+    detail::operation<0>("writeEndDocument", "", [](auto& writer, auto&... arguments) {
+        writer.writeEndDocument(arguments...);
+    });
+
+/// Makes @p call on @p writer. An argument whose bit is set in @p replaced is @p replacement.
+inline void applyWith(const Call& call, AnyWriter writer, const std::u16string& replacement,
+                      std::size_t replaced)
+{
+    Arguments arguments{};
+    for (std::size_t i = 0; i < call.arguments.size(); ++i) {
+        arguments.at(i) = (replaced >> i & 1) != 0 ? &replacement : &call.arguments[i];
+    }
+    call.operation->apply(writer, arguments);
+}
+
+inline void Call::applyTo(AnyWriter writer) const
+{
+    applyWith(*this, writer, {}, 0);
 }
 
 inline std::ostream& operator<<(std::ostream& stream, const Call& call)
 {
-    static constexpr const char* NAMES[] = {
-        "writeStartDocument",  "writeEndDocument",      "writeRawXml",
-        "writeValue",          "writeStartElement",     "writeStartElementClose",
-        "writeEndElement",     "writeElement",          "writeEmptyElement",
-        "writeStartAttribute", "writeEndAttribute",     "writeAttribute",
-        "writeNamespace",      "writeDefaultNamespace", "registerDefaultNamespace",
-    };
-    stream << NAMES[static_cast<int>(call.operation)] << '(';
+    stream << call.operation->name << '(';
     for (const std::u16string& argument : call.arguments) {
         stream << (&argument == call.arguments.data() ? "" : ", ") << '"';
         if (argument.size() <= 100) {
@@ -121,43 +207,5 @@ inline std::ostream& operator<<(std::ostream& stream, const Calls& calls)
     }
     return stream;
 }
-
-/// Makes calls of an operation, so that a table of calls reads like the calls themselves.
-struct CallOf
-{
-    Operation operation;
-    /// A letter for each argument: local Name, namespace Uri, Prefix, Text, Version.
-    std::string_view kinds;
-
-    /// Whether the namespace name and the prefix can be left out of the call.
-    constexpr bool hasOverloads() const { return kinds == "NUPT"; }
-
-    /// Arguments that are left out are empty, unless there is an overload without them.
-    template <class... Arguments>
-    Call operator()(const Arguments&... arguments) const
-    {
-        Call call{operation, {arguments...}};
-        if (!hasOverloads()) {
-            call.arguments.resize(kinds.size());
-        }
-        return call;
-    }
-};
-
-inline constexpr CallOf startDocument{Operation::writeStartDocument, "V"};
-inline constexpr CallOf endDocument{Operation::writeEndDocument, ""};
-inline constexpr CallOf rawXml{Operation::writeRawXml, "T"};
-inline constexpr CallOf value{Operation::writeValue, "T"};
-inline constexpr CallOf startElement{Operation::writeStartElement, "NUP"};
-inline constexpr CallOf startElementClose{Operation::writeStartElementClose, ""};
-inline constexpr CallOf endElement{Operation::writeEndElement, ""};
-inline constexpr CallOf element{Operation::writeElement, "NUPT"};
-inline constexpr CallOf emptyElement{Operation::writeEmptyElement, "NUP"};
-inline constexpr CallOf startAttribute{Operation::writeStartAttribute, "NUP"};
-inline constexpr CallOf endAttribute{Operation::writeEndAttribute, ""};
-inline constexpr CallOf attribute{Operation::writeAttribute, "NUPT"};
-inline constexpr CallOf namespaceDeclaration{Operation::writeNamespace, "UP"};
-inline constexpr CallOf defaultNamespace{Operation::writeDefaultNamespace, "U"};
-inline constexpr CallOf registerDefault{Operation::registerDefaultNamespace, "U"};
 
 } // namespace tarn::tests

@@ -6,16 +6,19 @@
 namespace tarn::tests {
 
 /// The arguments of an element or an attribute with a value; those left out are empty.
-struct Named
+struct NameAndValue
 {
     using Text = std::u16string;
 
-    Named(const Text& name, const Text& uri, const Text& prefix, const Text& value)
+    NameAndValue(const Text& name, const Text& uri, const Text& prefix, const Text& value)
         : name(name), uri(uri), prefix(prefix), value(value)
     {
     }
-    Named(const Text& name, const Text& uri, const Text& value) : Named(name, uri, u"", value) {}
-    Named(const Text& name, const Text& value) : Named(name, u"", u"", value) {}
+    NameAndValue(const Text& name, const Text& uri, const Text& value)
+        : NameAndValue(name, uri, u"", value)
+    {
+    }
+    NameAndValue(const Text& name, const Text& value) : NameAndValue(name, u"", u"", value) {}
 
     Text name, uri, prefix, value;
 };
@@ -30,7 +33,7 @@ public:
 
     void writeElement(const auto&... arguments)
     {
-        const Named element(arguments...);
+        const NameAndValue element(arguments...);
         this->writeStartElement(element.name, element.uri, element.prefix);
         this->writeStartElementClose();
         this->writeValue(element.value);
@@ -43,7 +46,7 @@ public:
     }
     void writeAttribute(const auto&... arguments)
     {
-        const Named attribute(arguments...);
+        const NameAndValue attribute(arguments...);
         this->writeStartAttribute(attribute.name, attribute.uri, attribute.prefix);
         this->writeValue(attribute.value);
         this->writeEndAttribute();

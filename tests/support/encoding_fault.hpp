@@ -1,9 +1,10 @@
-// The kernels that encode UTF-8, on one text.
+// The UTF-8 encoders on one text.
 #pragma once
 
 #include "support/difference.hpp"
 #include "support/reference_utf8.hpp"
 
+#include <text/utf16.hpp>
 #include <text/utf8_encoder.hpp>
 
 #include <string>
@@ -11,36 +12,45 @@
 
 namespace tarn::tests {
 
-/// Encodes @p text where it lies, up to the first surrogate without a partner, from there to the
-/// next, and so on, with each encoder that this processor can run.
-/// @returns what one of them does wrong; nothing if all is as it should be.
+namespace detail {
+
+/// Encodes @p text with the encoder of @p level, up to the first surrogate without a partner, from
+/// there to the next, and so on.
+inline std::string faultOfEncoding(std::u16string_view text, const text::Utf8EncoderLevel& level)
+{
+    std::string written;
+    for (std::u16string_view left = text; !left.empty();) {
+        // One byte more than the bound, to see that it stays untouched.
+        constexpr char UNTOUCHED = '\x55';
+        std::string bytes(text::encodedUtf8Bound(left.size()) + 1, UNTOUCHED);
+        const auto encoded = level.encode(left.data(), left.data() + left.size(), bytes.data());
+        if (bytes.back() != UNTOUCHED) {
+            return "more bytes are written than the bound of " + shown(left);
+        }
+        written.append(bytes.data(), encoded.written);
+        left.remove_prefix(static_cast<std::size_t>(encoded.read - left.data()));
+        if (!left.empty()) {
+            if (!text::isSurrogate(left.front())) {
+                return "the encoder stops too early, before " + shown(left);
+            }
+            written += "\uFFFD";
+            left.remove_prefix(1);
+        }
+    }
+    return difference(written, referenceUtf8(text));
+}
+
+} // namespace detail
+
+/// Encodes @p text where it lies, with the encoder of each level that this processor can run.
+/// @returns the level and what it does wrong; nothing if all is right.
 inline std::string faultOfEncoding(std::u16string_view text)
 {
-    using namespace tarn::text;
-
-    const std::string expected = referenceUtf8(text);
-    for (const Utf8Encoder encode :
-         {encodeUtf8, encodeUtf8Portable, utf8EncoderForSsse3(), utf8EncoderForAvx512()}) {
-        std::string written;
-        for (std::u16string_view left = text; encode != nullptr && !left.empty();) {
-            // One byte more than the bound, to see that it stays untouched.
-            std::string bytes(encodedUtf8Bound(left.size()) + 1, '\x55');
-            const auto encoded = encode(left.data(), left.data() + left.size(), bytes.data());
-            if (bytes.back() != '\x55') {
-                return "the bytes are more than promised of " + shown(left);
-            }
-            written.append(bytes.data(), encoded.written);
-            left.remove_prefix(static_cast<std::size_t>(encoded.read - left.data()));
-            if (!left.empty()) {
-                if (!text::isSurrogate(left.front())) {
-                    return "an encoder stops too early before " + shown(left);
-                }
-                written += "\uFFFD";
-                left.remove_prefix(1);
-            }
-        }
-        if (encode != nullptr && written != expected) {
-            return difference(written, expected);
+    for (const text::Utf8EncoderLevel& level : text::utf8EncoderLevels()) {
+        const std::string fault =
+            level.encode != nullptr ? detail::faultOfEncoding(text, level) : "";
+        if (!fault.empty()) {
+            return std::string(level.name) + ": " + fault;
         }
     }
     return "";

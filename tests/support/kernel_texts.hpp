@@ -1,6 +1,7 @@
 // Texts on which a vector kernel could differ from the plain way of doing its work.
 #pragma once
 
+#include "support/difference.hpp"
 #include "support/GuardedText.hpp"
 
 #include <random>
@@ -10,10 +11,19 @@
 
 namespace tarn::tests {
 
-/// Calls @p check with texts that lie beside a page that cannot be touched: each of @p units at
-/// every place of every length, among units of @p background, then random ones of every length.
-void forEachKernelText(std::span<const char16_t> units, char16_t background, const auto& check)
+/// Calls @p faultOf with texts that lie beside a page that cannot be touched, until it returns a
+/// fault: each of @p units at every place of every length, among units of @p background, then
+/// random ones of every length.
+/// @returns the fault and the text that shows it; nothing if there is none.
+std::string faultOfKernelTexts(std::span<const char16_t> units, char16_t background,
+                               const auto& faultOf)
 {
+    const auto check = [&](std::u16string_view text) {
+        const std::string fault = faultOf(text);
+        return fault.empty()
+                   ? ""
+                   : fault + "\n  of " + std::to_string(text.size()) + " units: " + shown(text);
+    };
     constexpr std::size_t LONGEST_OF_ALL_PLACES = 100;
     constexpr std::size_t LONGEST = 300;
     for (std::size_t length = 0; length <= LONGEST_OF_ALL_PLACES; ++length) {
@@ -21,7 +31,9 @@ void forEachKernelText(std::span<const char16_t> units, char16_t background, con
         for (char16_t& place : text) {
             for (const char16_t unit : units) {
                 place = unit;
-                check(text.view());
+                if (std::string fault = check(text.view()); !fault.empty()) {
+                    return fault;
+                }
             }
             place = background;
         }
@@ -34,10 +46,14 @@ void forEachKernelText(std::span<const char16_t> units, char16_t background, con
             for (char16_t& unit : text) {
                 unit = random() % 100 < percent ? units[random() % kinds] : unit;
             }
-            check(GuardedText(text, GuardedText::Guard::Before).view());
-            check(GuardedText(text, GuardedText::Guard::After).view());
+            for (const auto guard : {GuardedText::Guard::Before, GuardedText::Guard::After}) {
+                if (std::string fault = check(GuardedText(text, guard).view()); !fault.empty()) {
+                    return fault;
+                }
+            }
         }
     }
+    return "";
 }
 
 } // namespace tarn::tests

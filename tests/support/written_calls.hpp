@@ -18,21 +18,6 @@ namespace tarn::tests {
 
 inline Call readCall(Input& input)
 {
-    static constexpr CallOf FORMS[] = {startElement,
-                                       endElement,
-                                       attribute,
-                                       value,
-                                       element,
-                                       emptyElement,
-                                       startAttribute,
-                                       endAttribute,
-                                       startElementClose,
-                                       namespaceDeclaration,
-                                       defaultNamespace,
-                                       registerDefault,
-                                       rawXml,
-                                       startDocument,
-                                       endDocument};
     // Of the first ones, half of the calls, so that sequences go deep.
     constexpr std::size_t FREQUENT = 4;
     static constexpr std::string_view OVERLOADS[] = {"NUPT", "NUT", "NT"};
@@ -48,10 +33,11 @@ inline Call readCall(Input& input)
                                           u"http://example.org/a/rather/long/name/of/a/namespace/2",
                                           u"http://www.w3.org/XML/1998/namespace",
                                           u"http://www.w3.org/2000/xmlns/"};
-    const std::size_t forms = input.below(2) == 0 ? FREQUENT : std::size(FORMS);
-    const CallOf& form = FORMS[input.below(forms)];
-    Call call{form.operation};
-    for (const char kind : form.hasOverloads() ? input.pick(OVERLOADS) : form.kinds) {
+    const auto& operations = Operation::all();
+    const std::size_t choices = input.below(2) == 0 ? FREQUENT : operations.size();
+    const Operation& operation = *operations[input.below(choices)];
+    Call call{&operation};
+    for (const char kind : operation.hasOverloads() ? input.pick(OVERLOADS) : operation.kinds) {
         call.arguments.push_back(kind == 'T' || input.below(16) == 0 ? input.text()
                                  : kind == 'N'                       ? input.pick(NAMES)
                                  : kind == 'P'                       ? input.pick(PREFIXES)
@@ -87,13 +73,13 @@ inline std::string faultOfCalls(Input input, Calls& calls)
             // The very string that the writer appends to.
             unitsWriter.writeValue(units);
         } else {
-            apply(calls.back(), unitsWriter);
+            calls.back().applyTo(&unitsWriter);
         }
-        apply(calls.back(), bytesWriter);
-        apply(calls.back(), streamWriter);
-        apply(calls.back(), recordedWriter);
-        apply(calls.back(), unitsReference);
-        apply(calls.back(), bytesReference);
+        calls.back().applyTo(&bytesWriter);
+        calls.back().applyTo(&streamWriter);
+        calls.back().applyTo(&recordedWriter);
+        calls.back().applyTo(&unitsReference);
+        calls.back().applyTo(&bytesReference);
 
         std::u16string expected;
         for (const std::u16string& piece : unitsReference.pieces) {

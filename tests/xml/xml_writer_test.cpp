@@ -30,7 +30,7 @@ std::u16string textOf(const Calls& calls)
     std::u16string text;
     XmlWriter writer(text);
     for (const Call& call : calls) {
-        apply(call, writer);
+        call.applyTo(&writer);
     }
     return text;
 }
@@ -230,7 +230,7 @@ TEST(XmlWriter, HandsOverEachPieceByItself)
     for (const Call& call :
          {startElement(u"a", u"urn:a", u"p"), attribute(u"k", u"plain"), value(u"a<b\x01"),
           element(u"long-enough-for-the-heap", u""), endElement()}) {
-        apply(call, writer);
+        call.applyTo(&writer);
     }
     EXPECT_EQ(
         difference(separated(recording.pieces),
@@ -278,7 +278,7 @@ TEST(XmlWriter, GoesOnAfterASinkThatFailedAtAnyPiece)
         bool failed = false;
         for (const Call& call : calls) {
             try {
-                apply(call, writer);
+                call.applyTo(&writer);
             } catch (const SinkFailure&) {
                 failed = true;
                 EXPECT_EQ(recording.pieces.size(), successes) << call;
@@ -423,9 +423,7 @@ TEST(XmlWriter, TakesTheTargetAsAnyArgumentForWhatItHeldBefore)
                 withRoom = before;
                 target = std::move(withRoom);
                 ASSERT_EQ(target.capacity(), before.size() + room);
-                applyWith(call, writer, [&](std::size_t index) -> const std::u16string& {
-                    return (chosen >> index & 1) != 0 ? target : call.arguments.at(index);
-                });
+                applyWith(call, &writer, target, chosen);
                 writer.writeEndDocument();
                 ASSERT_EQ(difference(target, expected), "") << call << ' ' << chosen << ' ' << room;
             }
