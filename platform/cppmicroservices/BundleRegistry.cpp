@@ -1,7 +1,6 @@
 #include "cppmicroservices/BundleRegistry.hpp"
 
 #include <algorithm>
-#include <iterator>
 #include <memory>
 #include <stdexcept>
 #include <utility>
@@ -12,49 +11,46 @@ std::vector<Bundle> BundleRegistry::install(std::span<const NewBundle> wanted)
 {
     const std::lock_guard lock(mutex);
     std::vector<Bundle> handles;
-    std::vector<Installed> added;
+    Index added;
     while (!wanted.empty()) {
         const auto otherFile = std::ranges::find_if(wanted, [&](const NewBundle& bundle) {
             return bundle.location != wanted.front().location;
         });
         const auto count = static_cast<std::size_t>(otherFile - wanted.begin());
-        installFile(wanted.first(count), added, handles);
+        const std::vector<Bundle>& bundles = addFile(wanted.first(count), added);
+        handles.insert(handles.end(), bundles.begin(), bundles.end());
         wanted = wanted.subspan(count);
     }
-    installed.reserve(installed.size() + added.size());
-    std::ranges::move(added, std::back_inserter(installed));
+    // Merging moves the entries and allocates nothing, so that all are installed or none.
+    installed.byLocation.merge(added.byLocation);
+    installed.byName.merge(added.byName);
     return handles;
 }
 
-void BundleRegistry::installFile(std::span<const NewBundle> wanted, std::vector<Installed>& added,
-                                 std::vector<Bundle>& handles) const
+const std::vector<Bundle>& BundleRegistry::addFile(std::span<const NewBundle> wanted,
+                                                   Index& added) const
 {
-    const std::size_t before = handles.size();
-    for (const auto& [bundle, version] : installed) {
-        if (bundle.GetLocation() == wanted.front().location) {
-            handles.push_back(bundle);
-        }
+    const std::string& location = wanted.front().location;
+    if (const auto known = installed.byLocation.find(location);
+        known != installed.byLocation.end()) {
+        return known->second;
     }
-    if (handles.size() > before) {
-        return;
-    }
-    for (const NewBundle& each : wanted) {
-        for (const std::vector<Installed>* const bundles : {&installed, &std::as_const(added)}) {
-            const auto same = std::ranges::find_if(*bundles, [&](const Installed& other) {
-                return other.bundle.GetSymbolicName() == each.symbolicName &&
-                       other.version == each.version;
-            });
-            if (same != bundles->end()) {
-                throw std::runtime_error(each.location + ": the bundle " + each.symbolicName + ' ' +
-                                         each.version + " is installed already, from " +
-                                         same->bundle.GetLocation());
+    std::vector<Bundle>& bundles = added.byLocation[location];
+    for (const auto& [name, version, itsLocation] : wanted) {
+        for (const Index* const index : {&installed, &std::as_const(added)}) {
+            const auto same = index->byName.find({name, version});
+            if (same != index->byName.end()) {
+                throw std::runtime_error(location + ": the bundle " + name + ' ' + version +
+                                         " is installed already, from " +
+                                         same->second.GetLocation());
             }
         }
-        const auto id = static_cast<long>(installed.size() + added.size() + 1);
-        handles.push_back(Bundle(std::make_shared<const Bundle::Record>(
-            Bundle::Record{id, each.symbolicName, each.location})));
-        added.push_back({handles.back(), each.version});
+        const auto id = static_cast<long>(installed.byName.size() + added.byName.size() + 1);
+        bundles.push_back(
+            Bundle(std::make_shared<const Bundle::Record>(Bundle::Record{id, name, location})));
+        added.byName.emplace(std::pair(name, version), bundles.back());
     }
+    return bundles;
 }
 
 } // namespace cppmicroservices

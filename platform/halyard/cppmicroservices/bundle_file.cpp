@@ -17,12 +17,13 @@ namespace {
 
 constexpr std::string_view MANIFEST_NAME = "manifest.json";
 
-// What one archive may make a program read and keep.
-constexpr std::size_t LONGEST_MANIFEST = 1 << 20; ///< In bytes.
-constexpr std::size_t MOST_BUNDLES = 1000;
-
-/// The bundles that have been found: name and version.
-using Bundles = std::map<std::string, std::string, std::less<>>;
+/// The bundles that have been found.
+struct Bundles
+{
+    /// By name.
+    std::map<std::string, std::string, std::less<>> versions;
+    std::size_t manifest_bytes = 0;
+};
 
 /// The first component of @p entry_name, if there are more; else nothing.
 std::string_view folder_of(std::string_view entry_name)
@@ -41,15 +42,20 @@ bool leads_out(std::string_view entry_name)
 void add_bundle(zip_reader& archive, Bundles& bundles)
 {
     const std::string_view folder = folder_of(archive.name());
-    if (bundles.contains(folder)) {
+    if (bundles.versions.contains(folder)) {
         throw std::runtime_error(archive.name() + " is there twice");
     }
-    if (bundles.size() == MOST_BUNDLES) {
+    if (bundles.versions.size() == MOST_BUNDLES) {
         throw std::runtime_error("more than " + std::to_string(MOST_BUNDLES) + " bundles");
     }
     const std::string manifest = archive.contents(LONGEST_MANIFEST);
+    bundles.manifest_bytes += manifest.size();
+    if (bundles.manifest_bytes > LONGEST_OF_ALL_MANIFESTS) {
+        throw std::runtime_error("the manifests are too long together: more than " +
+                                 std::to_string(LONGEST_OF_ALL_MANIFESTS) + " bytes");
+    }
     try {
-        bundles.emplace(folder, read_bundle_version(manifest));
+        bundles.versions.emplace(folder, read_bundle_version(manifest));
     } catch (const std::runtime_error& error) {
         throw std::runtime_error(archive.name() + ": " + error.what());
     }
@@ -68,7 +74,7 @@ Bundles read_bundles(zip_reader& archive)
     return bundles;
 }
 
-/// Each folder is a bundle, and what is in it stays in it.
+/// Checks that each folder is a bundle and that no entry leads out of the archive.
 void check_entries(zip_reader& archive, const Bundles& bundles)
 {
     for (bool isEntry = archive.go_to_first(); isEntry; isEntry = archive.go_to_next()) {
@@ -78,7 +84,7 @@ void check_entries(zip_reader& archive, const Bundles& bundles)
                                      archive.name().substr(0, archive.name().find('\0')) +
                                      " leads out of the archive");
         }
-        if (!folder.empty() && !bundles.contains(folder)) {
+        if (!folder.empty() && !bundles.versions.contains(folder)) {
             throw std::runtime_error("the bundle " + std::string(folder) + " has no " +
                                      std::string(MANIFEST_NAME));
         }
@@ -98,17 +104,17 @@ std::optional<bundle_file> read_bundle_file(const std::string& path)
         }
         zip_reader archive(file, *range);
         bundles = read_bundles(archive);
-        if (bundles.empty()) {
+        if (bundles.versions.empty()) {
             return std::nullopt;
         }
         check_entries(archive, bundles);
     } catch (const std::system_error&) {
-        throw; // names the file itself
+        throw; // its text names the file already
     } catch (const std::runtime_error& error) {
         throw std::runtime_error(path + ": " + error.what());
     }
-    bundle_file found{path, {}};
-    for (auto& [name, version] : bundles) {
+    bundle_file found{path, file.identity(), {}};
+    for (const auto& [name, version] : bundles.versions) {
         found.bundles.push_back({name, version});
     }
     return found;

@@ -56,8 +56,9 @@ bool lies_in(const readable_file& file, std::uint64_t offset, std::uint64_t size
     return offset <= file.size() && size <= file.size() - offset;
 }
 
-/// Whether what begins like the end of an archive, at @p offset, is one: it ends the file, or the
-/// directory stands before it. The signature alone is a constant in code that handles archives.
+/// Whether the bytes at @p offset, which begin with the signature of an archive's end, are one:
+/// they end the file, or the directory stands before them. The signature alone is not enough, since
+/// programs that handle archives contain it.
 bool is_directory_end(const readable_file& file, std::uint64_t offset, const directory_end& end)
 {
     const std::uint64_t behind = file.size() - offset - sizeof end;
@@ -147,7 +148,7 @@ std::optional<byte_range> find_archive(const readable_file& file)
         return object->resources;
     }
     if (const std::optional<std::uint64_t> end = find_end(file)) {
-        // An archive that begins with its end holds nothing.
+        // An archive that begins with its end is empty.
         return stands_at(file, 0, DIRECTORY_END) ? std::nullopt
                                                  : std::optional(byte_range{0, *end});
     }

@@ -8,10 +8,10 @@
 namespace halyard::cppmicroservices {
 
 /// Finds the archive in @p file: in the section `.us_resources` of a shared library, or else at the
-/// end of the file. What the archive's own offsets count from may lie behind the beginning of the
-/// range, if something else stands before the archive.
+/// end of the file.
 ///
-/// @return the bytes of the archive, with what stands before it; nothing if there is none.
+/// @return the bytes of the archive; nothing if there is none. If other data precedes the archive,
+///     they are part of the range, and the archive's offsets may start inside it.
 /// @throws std::runtime_error that says what is wrong, if there is an archive without its end.
 std::optional<byte_range> find_archive(const readable_file& file);
 

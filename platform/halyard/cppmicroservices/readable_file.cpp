@@ -12,7 +12,7 @@
 namespace halyard::cppmicroservices {
 
 readable_file::readable_file(const std::string& path)
-    // Not to wait for a writer if it is a pipe.
+    // Without O_NONBLOCK, opening a pipe would wait for somebody who writes to it.
     : readable_file(path, ::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK))
 {
     struct stat status;
@@ -23,6 +23,7 @@ readable_file::readable_file(const std::string& path)
         throw std::runtime_error(path + ": neither a file nor a directory");
     }
     file_size = static_cast<std::uint64_t>(status.st_size);
+    own_identity = {status.st_dev, status.st_ino};
 }
 
 readable_file::~readable_file()

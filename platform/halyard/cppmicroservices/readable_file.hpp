@@ -1,6 +1,7 @@
 // A regular file that is open for reading.
 #pragma once
 
+#include <compare>
 #include <cstddef>
 #include <cstdint>
 #include <string>
@@ -17,6 +18,15 @@ struct byte_range
     std::uint64_t size() const { return last - first; }
 };
 
+/// What tells a file from all others that exist at the same time, whichever path leads to it.
+struct file_identity
+{
+    std::uint64_t device;
+    std::uint64_t number;
+
+    auto operator<=>(const file_identity&) const = default;
+};
+
 class readable_file
 {
 public:
@@ -29,6 +39,7 @@ public:
     ~readable_file();
 
     std::uint64_t size() const { return file_size; }
+    const file_identity& identity() const { return own_identity; }
 
     /// Reads @p count bytes at @p offset; fewer only where the file ends.
     /// @return the number of bytes read.
@@ -43,6 +54,7 @@ private:
     std::string path;
     int descriptor; // negative if there is none
     std::uint64_t file_size = 0;
+    file_identity own_identity{};
 };
 
 } // namespace halyard::cppmicroservices

@@ -11,7 +11,8 @@
 
 namespace halyard::cppmicroservices {
 
-/// A range of a file as minizip reads it: in bits and pieces, so that a window of it is kept.
+/// A range of a file, for minizip. It reads a few bytes at a time, so reads go through a 4 KiB
+/// window.
 class zip_reader::stream
 {
 public:
@@ -38,7 +39,7 @@ public:
         return made;
     }
 
-    /// What the file threw, which could not pass through minizip.
+    /// What the file threw. minizip is in C, and no exception may pass through it.
     std::exception_ptr failure;
 
 private:
@@ -100,7 +101,7 @@ zip_reader::zip_reader(const readable_file& file, byte_range range)
     errno = 0; // for fail()
     zlib_filefunc64_def functions = source->functions();
     archive = unzOpen2_64("", &functions);
-    // Without memory for one way to find the directory, minizip tries another.
+    // If memory for one way to find the directory runs out, minizip tries another and may succeed.
     if (archive == nullptr || errno == ENOMEM) {
         unzClose(archive);
         fail("the archive's directory is damaged");
@@ -189,7 +190,7 @@ void zip_reader::fail(const std::string& problem) const
     if (source->failure != nullptr) {
         std::rethrow_exception(source->failure);
     }
-    // Of its own allocations minizip does not say that they failed, but malloc does.
+    // minizip does not report that an allocation failed, but malloc does.
     if (errno == ENOMEM) {
         throw std::bad_alloc();
     }
