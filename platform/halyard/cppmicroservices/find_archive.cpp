@@ -73,7 +73,8 @@ bool is_directory_end(const readable_file& file, std::uint64_t offset, const dir
            stands_at(file, offset - end.directory_size, DIRECTORY_ENTRY);
 }
 
-/// Finds the last end of an archive's directory and returns where it ends, with its comment.
+/// Finds the last end of an archive's directory and returns where it ends, without the comment that
+/// may follow: minizip does not find an end that is followed by the longest one.
 std::optional<std::uint64_t> find_end(const readable_file& file)
 {
     const std::uint64_t tail_size =
@@ -91,7 +92,7 @@ std::optional<std::uint64_t> find_end(const readable_file& file)
         if (tail.size() - found >= sizeof end) {
             std::memcpy(&end, &tail[found], sizeof end);
             if (is_directory_end(file, tail_offset + found, end)) {
-                return tail_offset + found + sizeof end + end.comment_size;
+                return tail_offset + found + sizeof end;
             }
         }
         unsearched.remove_suffix(unsearched.size() - found);
