@@ -103,9 +103,9 @@ int main(int argumentCount, char** arguments)
 {
     using namespace benchmarks;
     for (const Sample& sample : SAMPLES) {
-        addEncoder(sample, "portable", encodeUtf8Portable);
-        addEncoder(sample, "ssse3", utf8EncoderForSsse3());
-        addEncoder(sample, "avx512", utf8EncoderForAvx512());
+        for (const Utf8EncoderLevel& level : utf8EncoderLevels()) {
+            addEncoder(sample, std::string(level.name).c_str(), level.encode);
+        }
         addEscaper(sample, "portable", tarn::tests::escapeMarkupPlain);
         addEscaper(sample, "vector", escapeMarkup);
     }

@@ -30,9 +30,10 @@ EncodedUtf8 encodeUtf8(const char16_t* first, const char16_t* last, char* out)
     return best(first, last, out);
 }
 
-std::array<Utf8EncoderLevel, 3> utf8EncoderLevels()
+std::array<Utf8EncoderLevel, 4> utf8EncoderLevels()
 {
     return {{{"AVX-512", utf8EncoderForAvx512()},
+             {"AVX2", utf8EncoderForAvx2()},
              {"SSSE3", utf8EncoderForSsse3()},
              {"portable", encodeUtf8Portable}}};
 }

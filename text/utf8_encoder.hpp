@@ -18,7 +18,8 @@ struct EncodedUtf8
 constexpr std::size_t encodedUtf8Bound(std::size_t length)
 {
     constexpr std::size_t BYTES_PER_UNIT = 3; // a surrogate pair needs four bytes for its two units
-    constexpr std::size_t STORE_OVERRUN = 64; // vector stores are wider than what they keep
+    // A vector store writes more than it keeps; the widest is 64 bytes, behind 16 NULs of padding.
+    constexpr std::size_t STORE_OVERRUN = 80;
     return length * BYTES_PER_UNIT + STORE_OVERRUN;
 }
 
@@ -37,11 +38,12 @@ struct Utf8EncoderLevel
 
 /// All levels, the best first. The last one, "portable", runs on every processor: it encodes one
 /// code point at a time. encodeUtf8() uses the first that this processor can run.
-std::array<Utf8EncoderLevel, 3> utf8EncoderLevels();
+std::array<Utf8EncoderLevel, 4> utf8EncoderLevels();
 
 // The encoders of the levels, or null.
 EncodedUtf8 encodeUtf8Portable(const char16_t* first, const char16_t* last, char* out);
 Utf8Encoder utf8EncoderForSsse3();
+Utf8Encoder utf8EncoderForAvx2();
 Utf8Encoder utf8EncoderForAvx512();
 
 } // namespace tarn::text

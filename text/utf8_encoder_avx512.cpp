@@ -1,8 +1,10 @@
-// UTF-16 to UTF-8 with vectors of 64 bytes: sixteen code points are spread over slots of four bytes
-// each, and one instruction closes the gaps between the bytes that are kept.
+// UTF-16 to UTF-8 with vectors of 64 bytes, 32 code units in a step. The bytes are built as by the
+// encoder for SSSE3; one instruction closes the gaps between those that are kept.
 
 #include "text/utf8_encoder.hpp"
+#include "text/utf8_slots.hpp"
 
+#include <algorithm>
 #include <bit>
 #include <cstdint>
 #include <immintrin.h>
@@ -11,120 +13,127 @@ namespace tarn::text {
 
 namespace {
 
-constexpr std::ptrdiff_t STEP = 16;       ///< In code units, one to a slot.
-constexpr std::ptrdiff_t ASCII_STEP = 32; ///< In code units.
+constexpr std::ptrdiff_t STEP = 32; ///< In code units.
 
-/// Sixteen slots. The last byte of an encoding stands in the last byte of its slot, which is the
-/// highest of the number.
-using Slots = __m512i;
+using Units = __m512i; ///< 32 code units.
 
-[[gnu::target("avx512f")]] inline Slots all(unsigned value)
+[[gnu::target("avx512f,avx512bw,avx512vl,avx512vbmi2,bmi2,popcnt")]] inline Units
+all(unsigned value)
 {
-    return _mm512_set1_epi32(static_cast<int>(value));
+    return _mm512_set1_epi16(static_cast<short>(value));
 }
 
-[[gnu::target("avx512f")]] inline Slots slotsFrom(const char16_t* units)
+/// Which code units have @p pattern in the bits of @p mask.
+[[gnu::target("avx512f,avx512bw,avx512vl,avx512vbmi2,bmi2,popcnt")]] inline std::uint32_t
+matching(Units units, unsigned mask, unsigned pattern)
 {
-    return _mm512_cvtepu16_epi32(_mm256_loadu_si256(reinterpret_cast<const __m256i*>(units)));
+    return _mm512_cmpeq_epi16_mask(_mm512_and_si512(units, all(mask)), all(pattern));
 }
 
-/// Which of the slots hold a code unit of the kind that @p pattern gives in the bits of @p mask.
-[[gnu::target("avx512f")]] inline std::uint32_t matching(Slots units, unsigned mask,
-                                                         unsigned pattern)
+[[gnu::target("avx512f,avx512bw,avx512vl,avx512vbmi2,bmi2,popcnt")]] inline Units
+select(std::uint32_t mask, Units ifSet, Units ifClear)
 {
-    return _mm512_cmpeq_epi32_mask(_mm512_and_si512(units, all(mask)), all(pattern));
+    return _mm512_mask_mov_epi16(ifClear, mask, ifSet);
 }
 
-/// Encodes the code points in the slots, but those that are marked in @p dropped, and writes all
-/// bytes that belong to the first @p count slots. Returns their end.
-[[gnu::target("avx512f,avx512bw,avx512vbmi,avx512vbmi2,popcnt")]] inline char*
-encodeSlots(Slots codePoints, std::uint32_t fourBytes, std::uint32_t dropped, unsigned count,
-            char* out)
+/// Writes the bytes that are marked in @p kept, without gaps.
+[[gnu::target("avx512f,avx512bw,avx512vl,avx512vbmi2,bmi2,popcnt")]] inline char*
+closeGaps(__m512i bytes, std::uint64_t kept, char* out)
 {
-    const __mmask16 moreBytes = _mm512_cmpge_epu32_mask(codePoints, all(0x80));
-    const __mmask16 threeBytes = _mm512_cmpge_epu32_mask(codePoints, all(0x800));
-
-    // Six bits for each byte, from the slot's low bits in its last byte to the high bits in its
-    // first.
-    const __m512i bitOffsets = _mm512_set1_epi64(0x20262C32'00060C12);
-    const __m512i payload =
-        _mm512_and_si512(_mm512_multishift_epi64_epi8(bitOffsets, codePoints),
-                         _mm512_mask_mov_epi32(all(0x7F7F7F7F), moreBytes, all(0x3F3F3F3F)));
-
-    Slots tags = _mm512_maskz_mov_epi32(moreBytes, all(0x80C00000));
-    tags = _mm512_mask_mov_epi32(tags, threeBytes, all(0x8080E000));
-    tags = _mm512_mask_mov_epi32(tags, static_cast<__mmask16>(fourBytes), all(0x808080F0));
-
-    // Every byte of a longer encoding has its highest bit set by its tag.
-    const Slots kept = _mm512_maskz_mov_epi32(
-        static_cast<__mmask16>(~dropped), _mm512_mask_mov_epi32(all(0x80000000), moreBytes, tags));
-    std::uint64_t keptBytes = _mm512_movepi8_mask(kept);
-    if (count < STEP) {
-        keptBytes &= (std::uint64_t{1} << 4 * count) - 1;
-    }
-    _mm512_storeu_si512(out, _mm512_maskz_compress_epi8(keptBytes, _mm512_or_si512(payload, tags)));
-    return out + std::popcount(keptBytes);
+    _mm512_storeu_si512(out, _mm512_maskz_compress_epi8(kept, bytes));
+    return out + std::popcount(kept);
 }
 
-/// Encodes the first @p count of the code units in @p units. In @p next each slot holds the code
-/// unit after it.
-[[gnu::target("avx512f,avx512bw,avx512vbmi,avx512vbmi2,popcnt")]] inline EncodedUtf8
-encodeStep(Slots units, Slots next, unsigned count, const char16_t* first, char* out)
+/// Which bytes are kept of sixteen slots of four bytes: the third of each, the second where
+/// @p keepSecond has a bit, the first where @p keepFirst has one.
+[[gnu::target("avx512f,avx512bw,avx512vl,avx512vbmi2,bmi2,popcnt")]] inline std::uint64_t
+keptOfFourByteSlots(std::uint32_t keepSecond, std::uint32_t keepFirst)
 {
+    return 0x4444444444444444 | _pdep_u64(keepSecond, 0x2222222222222222) |
+           _pdep_u64(keepFirst, 0x1111111111111111);
+}
+
+/// Encodes 32 code units and returns the end of their bytes, or null if one of them is a surrogate
+/// without its other half.
+///
+/// @param previous the code unit before each.
+/// @param isLowNext whether a low surrogate follows the last one.
+[[gnu::target("avx512f,avx512bw,avx512vl,avx512vbmi2,bmi2,popcnt")]] inline char*
+encodeStep(Units units, Units previous, bool isLowNext, char* out)
+{
+    const std::uint32_t ascii = _mm512_cmplt_epu16_mask(units, all(0x80));
+    std::uint32_t twoBytes = _mm512_cmplt_epu16_mask(units, all(0x800)); // or less
+    Units second = _mm512_or_si512(_mm512_and_si512(_mm512_srli_epi16(units, 6), all(0x3F)),
+                                   select(twoBytes, all(0xC0), all(0x80)));
+    Units last =
+        select(ascii, units, _mm512_or_si512(_mm512_and_si512(units, all(0x3F)), all(0x80)));
     const std::uint32_t surrogates = matching(units, 0xF800, 0xD800);
-    if (surrogates == 0) {
-        return {first + count, encodeSlots(units, 0, 0, count, out)};
+    if (surrogates != 0) {
+        const std::uint32_t high = matching(units, 0xFC00, 0xD800);
+        const std::uint32_t low = surrogates ^ high;
+        const std::uint32_t afterHigh = matching(previous, 0xFC00, 0xD800);
+        const std::uint32_t beforeLow = low >> 1 | (isLowNext ? std::uint32_t{1} << 31 : 0);
+        if (((high & ~beforeLow) | (low & ~afterHigh)) != 0) {
+            return nullptr;
+        }
+        const Units w = _mm512_add_epi16(_mm512_and_si512(units, all(0x3FF)), all(0x40));
+        const Units secondOfLow = _mm512_or_si512(
+            all(0x80), _mm512_or_si512(_mm512_slli_epi16(_mm512_and_si512(previous, all(3)), 4),
+                                       _mm512_and_si512(_mm512_srli_epi16(units, 6), all(0xF))));
+        second = select(low, secondOfLow, second);
+        second = select(high, _mm512_or_si512(all(0xF0), _mm512_srli_epi16(w, 8)), second);
+        last = select(
+            high, _mm512_or_si512(all(0x80), _mm512_and_si512(_mm512_srli_epi16(w, 2), all(0x3F))),
+            last);
+        twoBytes |= surrogates;
     }
-    const std::uint32_t high = matching(units, 0xFC00, 0xD800);
-    const std::uint32_t low = surrogates ^ high;
-    const std::uint32_t pairs = high & matching(next, 0xFC00, 0xDC00);
-    const std::uint32_t unpaired = (high ^ pairs) | (low & ~(pairs << 1));
-    if (unpaired != 0) {
-        count = static_cast<unsigned>(std::countr_zero(unpaired));
+    if (twoBytes == 0xFFFFFFFF) {
+        const Units slots =
+            _mm512_or_si512(select(ascii, units, second), _mm512_slli_epi16(last, 8));
+        return closeGaps(slots, 0x5555555555555555 | _pdep_u64(~ascii, 0xAAAAAAAAAAAAAAAA), out);
     }
-    constexpr unsigned SURROGATE_BITS = (0xD800u << 10) + 0xDC00u - 0x10000u;
-    const Slots joined =
-        _mm512_sub_epi32(_mm512_add_epi32(_mm512_slli_epi32(units, 10), next), all(SURROGATE_BITS));
-    const Slots codePoints = _mm512_mask_mov_epi32(units, static_cast<__mmask16>(pairs), joined);
-    char* const written = encodeSlots(codePoints, pairs, low, count, out);
-    // The second half of the last pair may be beyond the slots. A branch, so that the next load
-    // need not wait for the answer.
-    if (count == STEP && (pairs >> (STEP - 1)) != 0) [[unlikely]] {
-        return {first + STEP + 1, written};
-    }
-    return {first + count, written};
+    const Units first = _mm512_or_si512(_mm512_srli_epi16(units, 12), all(0xE0));
+    const Units firstTwo = _mm512_or_si512(first, _mm512_slli_epi16(second, 8));
+    // Pairs of a 16-bit number of firstTwo and one of last, which has bit 5 of the index set.
+    const Units numbers = _mm512_set_epi32(
+        0x2F000F, 0x2E000E, 0x2D000D, 0x2C000C, 0x2B000B, 0x2A000A, 0x290009, 0x280008, 0x270007,
+        0x260006, 0x250005, 0x240004, 0x230003, 0x220002, 0x210001, 0x200000);
+    const Units lowSlots = _mm512_permutex2var_epi16(firstTwo, numbers, last);
+    const Units highSlots =
+        _mm512_permutex2var_epi16(firstTwo, _mm512_add_epi16(numbers, all(16)), last);
+    const std::uint32_t keepSecond = ~ascii;
+    const std::uint32_t keepFirst = ~twoBytes;
+    out = closeGaps(lowSlots, keptOfFourByteSlots(keepSecond & 0xFFFF, keepFirst & 0xFFFF), out);
+    return closeGaps(highSlots, keptOfFourByteSlots(keepSecond >> 16, keepFirst >> 16), out);
 }
 
-[[gnu::target("avx512f,avx512bw,avx512vl,avx512vbmi,avx512vbmi2,popcnt")]] EncodedUtf8
+[[gnu::target("avx512f,avx512bw,avx512vl,avx512vbmi2,bmi2,popcnt")]] EncodedUtf8
 encode(const char16_t* first, const char16_t* last, char* out)
 {
-    EncodedUtf8 progress{first, out};
-    while (last - progress.read > STEP) {
-        if (last - progress.read >= ASCII_STEP) {
-            const __m512i units = _mm512_loadu_si512(progress.read);
-            if (_mm512_test_epi16_mask(units, _mm512_set1_epi16(static_cast<short>(0xFF80))) == 0) {
-                _mm256_storeu_si256(reinterpret_cast<__m256i*>(progress.written),
-                                    _mm512_cvtepi16_epi8(units));
-                progress.read += ASCII_STEP;
-                progress.written += ASCII_STEP;
-                continue;
-            }
+    const char16_t* const begin = first;
+    while (first != last) {
+        const std::ptrdiff_t left = last - first;
+        const std::ptrdiff_t count = std::min(left, STEP);
+        // What is not present is not read, and counts as NUL.
+        const auto present = static_cast<std::uint32_t>((std::uint64_t{1} << count) - 1);
+        const Units units = _mm512_maskz_loadu_epi16(present, first);
+        if (_mm512_test_epi16_mask(units, all(0xFF80)) == 0 && count == STEP) {
+            _mm256_storeu_si256(reinterpret_cast<__m256i*>(out), _mm512_cvtepi16_epi8(units));
+            first += STEP;
+            out += STEP;
+            continue;
         }
-        const char16_t* const from = progress.read;
-        progress = encodeStep(slotsFrom(from), slotsFrom(from + 1), STEP, from, progress.written);
-        if (progress.read < from + STEP) {
-            return progress;
+        const Units previous =
+            _mm512_maskz_loadu_epi16(first == begin ? present & ~1u : present, first - 1);
+        char* const written =
+            encodeStep(units, previous, left > STEP && isLowSurrogate(first[STEP]), out);
+        if (written == nullptr) {
+            return encodeFromStep(begin, first, last, out);
         }
+        first += count;
+        out = written - (STEP - count); // each NUL has given one byte
     }
-    if (progress.read == last) {
-        return progress;
-    }
-    const auto count = static_cast<unsigned>(last - progress.read);
-    const auto present = static_cast<__mmask16>((1u << count) - 1);
-    const Slots units = _mm512_cvtepu16_epi32(_mm256_maskz_loadu_epi16(present, progress.read));
-    const Slots next = _mm512_cvtepu16_epi32(
-        _mm256_maskz_loadu_epi16(static_cast<__mmask16>(present >> 1), progress.read + 1));
-    return encodeStep(units, next, count, progress.read, progress.written);
+    return {last, out};
 }
 
 } // namespace
@@ -133,8 +142,8 @@ Utf8Encoder utf8EncoderForAvx512()
 {
     const bool available =
         __builtin_cpu_supports("avx512f") && __builtin_cpu_supports("avx512bw") &&
-        __builtin_cpu_supports("avx512vl") && __builtin_cpu_supports("avx512vbmi") &&
-        __builtin_cpu_supports("avx512vbmi2") && __builtin_cpu_supports("popcnt");
+        __builtin_cpu_supports("avx512vl") && __builtin_cpu_supports("avx512vbmi2") &&
+        __builtin_cpu_supports("bmi2") && __builtin_cpu_supports("popcnt");
     return available ? encode : nullptr;
 }
 

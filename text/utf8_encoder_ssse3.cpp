@@ -1,60 +1,26 @@
-// UTF-16 to UTF-8 with vectors of 16 bytes: the bytes of eight code units are built side by side,
-// each in a slot of fixed width, and a shuffle closes the gaps between them.
+// UTF-16 to UTF-8 with vectors of 16 bytes, eight code units in a step.
+//
+// Each half of a surrogate pair gives two of the four bytes, so that a pair needs no joining and
+// can lie in two steps. With u the code unit and w = (u & 3FF) + 40, all in hexadecimal:
+//     high half: F0 | w >> 8,                             80 | (w >> 2 & 3F)
+//     low half:  80 | (half before & 3) << 4 | (u >> 6 & F), 80 | (u & 3F)
 
-#include "text/utf16.hpp"
 #include "text/utf8_encoder.hpp"
+#include "text/utf8_slots.hpp"
 
-#include <array>
+#include <algorithm>
 #include <bit>
-#include <cstdint>
 #include <immintrin.h>
 
 namespace tarn::text {
 
 namespace {
 
-/// Shuffles by the bits that say how long each slot is: each is followed by what a shuffle reads as
-/// zero.
-using Shuffles = std::array<std::array<std::uint8_t, 16>, 256>;
-
-/// For eight slots of two bytes: a set bit says that only the first byte is kept.
-constexpr Shuffles CLOSE_TWO_BYTE_SLOTS = [] {
-    Shuffles shuffles{};
-    for (unsigned bits = 0; bits < shuffles.size(); ++bits) {
-        unsigned kept = 0;
-        for (unsigned slot = 0; slot < 8; ++slot) {
-            shuffles[bits][kept++] = static_cast<std::uint8_t>(2 * slot);
-            if ((bits >> slot & 1) == 0) {
-                shuffles[bits][kept++] = static_cast<std::uint8_t>(2 * slot + 1);
-            }
-        }
-    }
-    return shuffles;
-}();
-
-/// For four slots of four bytes, of which the last one is never kept, the third one always, the
-/// second one if a bit of the lower four is set, and the first one if a bit of the upper four is
-/// set.
-constexpr Shuffles CLOSE_FOUR_BYTE_SLOTS = [] {
-    Shuffles shuffles{};
-    for (unsigned bits = 0; bits < shuffles.size(); ++bits) {
-        unsigned kept = 0;
-        for (unsigned slot = 0; slot < 4; ++slot) {
-            if ((bits >> (slot + 4) & 1) != 0) {
-                shuffles[bits][kept++] = static_cast<std::uint8_t>(4 * slot);
-            }
-            if ((bits >> slot & 1) != 0) {
-                shuffles[bits][kept++] = static_cast<std::uint8_t>(4 * slot + 1);
-            }
-            shuffles[bits][kept++] = static_cast<std::uint8_t>(4 * slot + 2);
-        }
-    }
-    return shuffles;
-}();
-
 constexpr std::ptrdiff_t STEP = 8; ///< In code units.
 
-__m128i load(const char16_t* units)
+using Units = __m128i; ///< Eight code units.
+
+Units load(const char16_t* units)
 {
     return _mm_loadu_si128(reinterpret_cast<const __m128i*>(units));
 }
@@ -64,32 +30,32 @@ void store(char* out, __m128i bytes)
     _mm_storeu_si128(reinterpret_cast<__m128i*>(out), bytes);
 }
 
-__m128i all(unsigned value)
+Units all(unsigned value)
 {
     return _mm_set1_epi16(static_cast<short>(value));
 }
 
-/// For each code unit, all bits set if it is at most @p limit, as unsigned numbers.
-__m128i atMost(__m128i units, unsigned limit)
+/// All bits of each code unit that is at most @p limit, as an unsigned number.
+Units atMost(Units units, unsigned limit)
 {
     return _mm_cmpeq_epi16(_mm_subs_epu16(units, all(limit)), _mm_setzero_si128());
 }
 
-/// One bit for each of eight code units.
-unsigned bitsOf(__m128i unitMask)
+/// All bits of each code unit that has @p pattern in the bits of @p mask.
+Units matching(Units units, unsigned mask, unsigned pattern)
 {
-    return static_cast<unsigned>(_mm_movemask_epi8(_mm_packs_epi16(unitMask, _mm_setzero_si128())));
+    return _mm_cmpeq_epi16(_mm_and_si128(units, all(mask)), all(pattern));
 }
 
-__m128i select(__m128i mask, __m128i ifSet, __m128i ifClear)
+/// One bit for each of eight code units.
+unsigned bitsOf(Units mask)
+{
+    return static_cast<unsigned>(_mm_movemask_epi8(_mm_packs_epi16(mask, _mm_setzero_si128())));
+}
+
+Units select(Units mask, Units ifSet, Units ifClear)
 {
     return _mm_or_si128(_mm_and_si128(mask, ifSet), _mm_andnot_si128(mask, ifClear));
-}
-
-/// The last byte of each code unit's encoding if that has more than one.
-__m128i lastByte(__m128i units)
-{
-    return _mm_or_si128(_mm_and_si128(units, all(0x3F)), all(0x80));
 }
 
 [[gnu::target("ssse3")]] __m128i close(const Shuffles& shuffles, __m128i slots, unsigned bits)
@@ -98,72 +64,94 @@ __m128i lastByte(__m128i units)
         slots, _mm_loadu_si128(reinterpret_cast<const __m128i*>(shuffles[bits].data())));
 }
 
-/// Encodes eight code units below U+0800 and returns the end of the bytes.
-[[gnu::target("ssse3,popcnt")]] char* encodeTwoByteStep(__m128i units, __m128i ascii, char* out)
+/// Encodes eight code units and returns the end of their bytes, or null if one of them is a
+/// surrogate without its other half.
+///
+/// @param previous,next the code unit before each, and the one after it.
+[[gnu::target("ssse3,popcnt")]] char* encodeStep(Units units, Units previous, Units next, char* out)
 {
-    const __m128i first = _mm_or_si128(_mm_srli_epi16(units, 6), all(0xC0));
-    const __m128i pair = _mm_or_si128(first, _mm_slli_epi16(lastByte(units), 8));
+    const Units ascii = atMost(units, 0x7F);
+    Units twoBytes = atMost(units, 0x7FF); // or less
+    Units second = _mm_or_si128(_mm_and_si128(_mm_srli_epi16(units, 6), all(0x3F)),
+                                select(twoBytes, all(0xC0), all(0x80)));
+    Units last = select(ascii, units, _mm_or_si128(_mm_and_si128(units, all(0x3F)), all(0x80)));
+    const Units surrogates = matching(units, 0xF800, 0xD800);
+    if (_mm_movemask_epi8(surrogates) != 0) {
+        const Units high = matching(units, 0xFC00, 0xD800);
+        const Units low = _mm_xor_si128(surrogates, high);
+        const Units paired = _mm_or_si128(_mm_and_si128(high, matching(next, 0xFC00, 0xDC00)),
+                                          _mm_and_si128(low, matching(previous, 0xFC00, 0xD800)));
+        if (_mm_movemask_epi8(_mm_xor_si128(surrogates, paired)) != 0) {
+            return nullptr;
+        }
+        const Units w = _mm_add_epi16(_mm_and_si128(units, all(0x3FF)), all(0x40));
+        const Units secondOfLow = _mm_or_si128(
+            all(0x80), _mm_or_si128(_mm_slli_epi16(_mm_and_si128(previous, all(3)), 4),
+                                    _mm_and_si128(_mm_srli_epi16(units, 6), all(0xF))));
+        second = select(low, secondOfLow, second);
+        second = select(high, _mm_or_si128(all(0xF0), _mm_srli_epi16(w, 8)), second);
+        last = select(high, _mm_or_si128(all(0x80), _mm_and_si128(_mm_srli_epi16(w, 2), all(0x3F))),
+                      last);
+        twoBytes = _mm_or_si128(twoBytes, surrogates);
+    }
     const unsigned asciiBits = bitsOf(ascii);
-    store(out, close(CLOSE_TWO_BYTE_SLOTS, select(ascii, units, pair), asciiBits));
-    return out + 2 * STEP - std::popcount(asciiBits);
-}
-
-/// Encodes eight code units, none of which is a surrogate, and returns the end of the bytes.
-[[gnu::target("ssse3,popcnt")]] char* encodeThreeByteStep(__m128i units, __m128i ascii,
-                                                          __m128i belowThreeBytes, char* out)
-{
-    const __m128i first = _mm_or_si128(_mm_srli_epi16(units, 12), all(0xE0));
-    const __m128i sixBits = _mm_and_si128(_mm_srli_epi16(units, 6), all(0x3F));
-    const __m128i second = _mm_or_si128(sixBits, select(belowThreeBytes, all(0xC0), all(0x80)));
-    const __m128i firstTwo = _mm_or_si128(first, _mm_slli_epi16(second, 8));
-    const __m128i last = select(ascii, units, lastByte(units));
-
-    const unsigned keepSecond = bitsOf(ascii) ^ 0xFF;
-    const unsigned keepFirst = bitsOf(belowThreeBytes) ^ 0xFF;
-    const unsigned lowBits = (keepSecond & 0x0F) | (keepFirst & 0x0F) << 4;
-    const unsigned highBits = keepSecond >> 4 | (keepFirst & 0xF0);
+    const unsigned threeByteBits = bitsOf(twoBytes) ^ 0xFF;
+    if (threeByteBits == 0) {
+        const __m128i slots = _mm_or_si128(select(ascii, units, second), _mm_slli_epi16(last, 8));
+        store(out, close(CLOSE_TWO_BYTE_SLOTS, slots, asciiBits));
+        return out + 2 * STEP - std::popcount(asciiBits);
+    }
+    const Units first = _mm_or_si128(_mm_srli_epi16(units, 12), all(0xE0));
+    const Units firstTwo = _mm_or_si128(first, _mm_slli_epi16(second, 8));
+    const unsigned keepSecond = asciiBits ^ 0xFF;
+    const unsigned lowBits = (keepSecond & 0x0F) | (threeByteBits & 0x0F) << 4;
+    const unsigned highBits = keepSecond >> 4 | (threeByteBits & 0xF0);
     store(out, close(CLOSE_FOUR_BYTE_SLOTS, _mm_unpacklo_epi16(firstTwo, last), lowBits));
     store(out + 4 + std::popcount(lowBits),
           close(CLOSE_FOUR_BYTE_SLOTS, _mm_unpackhi_epi16(firstTwo, last), highBits));
-    return out + STEP + std::popcount(keepSecond) + std::popcount(keepFirst);
+    return out + STEP + std::popcount(keepSecond) + std::popcount(threeByteBits);
+}
+
+bool isAscii(Units units)
+{
+    return _mm_movemask_epi8(matching(units, 0xFF80, 0)) == 0xFFFF;
 }
 
 [[gnu::target("ssse3,popcnt")]] EncodedUtf8 encode(const char16_t* first, const char16_t* last,
                                                    char* out)
 {
-    while (last - first >= 2 * STEP) {
-        const __m128i units = load(first);
-        const __m128i next = load(first + STEP);
-        const __m128i excess = _mm_and_si128(_mm_or_si128(units, next), all(0xFF80));
-        if (_mm_movemask_epi8(_mm_cmpeq_epi16(excess, _mm_setzero_si128())) == 0xFFFF) {
-            store(out, _mm_packus_epi16(units, next));
+    const char16_t* const begin = first;
+    while (last - first > 2 * STEP) {
+        const Units units = load(first);
+        const Units after = load(first + STEP);
+        if (isAscii(_mm_or_si128(units, after))) {
+            store(out, _mm_packus_epi16(units, after));
             first += 2 * STEP;
             out += 2 * STEP;
             continue;
         }
-        const __m128i ascii = atMost(units, 0x7F);
-        const __m128i belowThreeBytes = atMost(units, 0x7FF);
-        if (_mm_movemask_epi8(belowThreeBytes) == 0xFFFF) {
-            out = encodeTwoByteStep(units, ascii, out);
-            first += STEP;
-            continue;
+        const Units previous = first == begin ? _mm_slli_si128(units, 2) : load(first - 1);
+        char* const written = encodeStep(units, previous, load(first + 1), out);
+        if (written == nullptr) {
+            return encodeFromStep(begin, first, last, out);
         }
-        const unsigned surrogates =
-            bitsOf(_mm_cmpeq_epi16(_mm_and_si128(units, all(0xF800)), all(0xD800)));
-        if (surrogates == 0) [[likely]] {
-            out = encodeThreeByteStep(units, ascii, belowThreeBytes, out);
-            first += STEP;
-            continue;
-        }
-        const char16_t* const end = first + STEP + (isHighSurrogate(first[STEP - 1]) ? 1 : 0);
-        const EncodedUtf8 step = encodeUtf8Portable(first, end, out);
-        if (step.read != end) {
-            return step;
-        }
-        first = step.read;
-        out = step.written;
+        first += STEP;
+        out = written;
     }
-    return encodeUtf8Portable(first, last, out);
+    // What is left, padded with NULs, each of which gives one byte.
+    while (first != last) {
+        const std::ptrdiff_t count = std::min(last - first, STEP);
+        char16_t padded[1 + STEP + 1] = {};
+        padded[0] = first == begin ? u'\0' : first[-1];
+        std::copy(first, std::min(last, first + STEP + 1), padded + 1);
+        char* const written = encodeStep(load(padded + 1), load(padded), load(padded + 2), out);
+        if (written == nullptr) {
+            return encodeFromStep(begin, first, last, out);
+        }
+        first += count;
+        out = written - (STEP - count);
+    }
+    return {last, out};
 }
 
 } // namespace
