@@ -55,15 +55,15 @@ void add(const std::string& name, std::u16string text, auto&& kernel)
         });
 }
 
-void addEncoder(const Sample& sample, const char* name, Utf8Encoder encoder)
+void addEncoder(const Sample& sample, const Utf8EncoderLevel& level)
 {
-    if (encoder == nullptr) {
+    if (level.encode == nullptr) {
         return; // this processor cannot run it
     }
     std::string out(encodedUtf8Bound(sample.text().size()), '\0');
-    add("encode/" + sample.name + '/' + name, sample.text(),
-        [encoder, out](const char16_t* first, const char16_t* last) mutable {
-            return encoder(first, last, out.data()).written;
+    add("encode/" + sample.name + '/' + std::string(level.name), sample.text(),
+        [encode = level.encode, out](const char16_t* first, const char16_t* last) mutable {
+            return encode(first, last, out.data()).written;
         });
 }
 
@@ -105,10 +105,10 @@ int main(int argumentCount, char** arguments)
 {
     using namespace benchmarks;
     for (const Sample& sample : SAMPLES) {
-        addEncoder(sample, "portable", encodeUtf8Portable);
-        addEncoder(sample, "ssse3", utf8EncoderForSsse3());
-        addEncoder(sample, "avx512", utf8EncoderForAvx512());
-        addEscaper(sample, "portable", tarn::tests::escapeMarkupPlain);
+        for (const Utf8EncoderLevel& level : utf8EncoderLevels()) {
+            addEncoder(sample, level);
+        }
+        addEscaper(sample, "plain", tarn::tests::escapeMarkupPlain);
         addEscaper(sample, "vector", escapeMarkup);
     }
     addEscaper(SAMPLES.front(), "search-then-copy", searchAndCopy);
