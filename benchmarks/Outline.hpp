@@ -1,24 +1,30 @@
-// What a document says, without its layout: the form in which the output of the writers is compared
-// with the document, so that only equal work is timed.
+// What a document says, without its layout. The output of each writer is compared in this form with
+// the document, so that only equal work is timed.
 #pragma once
 
 #include "benchmarks/text_forms.hpp"
 
-#include <optional>
+#include <algorithm>
+#include <iterator>
 #include <string>
 #include <string_view>
 #include <vector>
 
 namespace benchmarks {
 
-/// The elements, attributes and text of a document, one after the other, names with their namespace
-/// names. A document writes its outline to it as to a writer.
+/// Makes of a document, which writes to it as to a writer, the outline that
+/// tarn::tests::outlineOfXml() makes of its XML, without text beside elements.
 class Outline
 {
 public:
     using String = std::string;
 
-    void startElement(const Name<String>& name) { add("\n<", name); }
+    void startElement(const Name<String>& name)
+    {
+        endStartTag();
+        content += '<' + expanded(name);
+        isInStartTag = true;
+    }
 
     void startElement(const Name<String>& name, const std::vector<Namespace<String>>& /*declared*/)
     {
@@ -27,22 +33,23 @@ public:
 
     void attribute(const Name<String>& name, const String& value)
     {
-        add("\n@", name);
-        content += '=' + value;
+        content += ' ' + expanded(name) + "=\"" + value + '"';
     }
 
     /// Leaves out the control characters that XML 1.0 cannot represent.
     void text(const String& value)
     {
-        content += "\n=";
-        for (const char character : value) {
-            if (static_cast<unsigned char>(character) >= ' ') {
-                content += character;
-            }
-        }
+        endStartTag();
+        std::ranges::copy_if(value, std::back_inserter(content), [](char character) {
+            return static_cast<unsigned char>(character) >= ' ';
+        });
     }
 
-    void endElement() { content += "\n>"; }
+    void endElement()
+    {
+        endStartTag();
+        content += "</>";
+    }
 
     void textElement(const Name<String>& name, const String& value)
     {
@@ -54,18 +61,27 @@ public:
     std::string_view finish() const { return content; }
 
 private:
-    void add(std::string_view kind, const Name<String>& name)
+    static std::string expanded(const Name<String>& name)
     {
-        content.append(kind).append("{" + name.namespaceUri + "}" + name.localName);
+        return '{' + name.namespaceUri + '}' + name.localName;
+    }
+
+    void endStartTag()
+    {
+        if (isInStartTag) {
+            content += '>';
+            isInStartTag = false;
+        }
     }
 
     std::string content;
+    bool isInStartTag = false;
 };
 
-/// Reads @p xml with an XML parser. Empty if it is not well-formed.
-using OutlineReader = std::optional<std::string> (*)(std::string_view xml);
+/// Reads @p xml with an XML parser. If it is not well-formed, the result does not begin with `<`.
+using OutlineReader = std::string (*)(const std::string& xml);
 
-/// The reader; null when no XML parser is installed.
+/// The reader; null if no XML parser is installed.
 OutlineReader& outlineReader();
 
 } // namespace benchmarks

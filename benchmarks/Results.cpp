@@ -70,7 +70,7 @@ Results::Results(const std::string& file)
         const std::string document = name.substr(0, slash);
         Measurement& measurement = measurements[{document, name.substr(slash + 1)}];
         const std::string aggregate = member<const char*>(benchmark, "aggregate_name");
-        // Threads share the work, so that only real time tells how long they took.
+        // Processor time adds up over threads; only real time shows how long they took.
         const char* const time = member<int>(benchmark, "threads") > 1 ? "real_time" : "cpu_time";
         if (aggregate == "median") {
             measurement.medianNanoseconds =

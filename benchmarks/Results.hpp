@@ -11,14 +11,14 @@
 
 namespace benchmarks {
 
-/// Another writer, under the name that its results have.
+/// Another writer: its name in the results, and its title.
 struct Peer
 {
     std::string_view name;
     std::string_view title;
 };
 
-/// The name that the results of this project's writer have, over its main target.
+/// The name of this project's writer in the results, with its main target.
 inline constexpr const char* OURS = "tarn";
 
 inline constexpr Peer PEERS[] = {

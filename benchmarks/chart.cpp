@@ -1,4 +1,4 @@
-// Draws what benchmark-writers measured as a bar chart in SVG, written with our writer.
+// Draws what benchmark-writers measured as a bar chart in SVG, which XmlWriter writes.
 #include "benchmarks/Results.hpp"
 #include "benchmarks/text_forms.hpp"
 
@@ -47,7 +47,7 @@ constexpr double LINE_HEIGHT = 18;
 constexpr double VALUE_GAP = 6;
 constexpr double SMALL_TEXT_RISE = 4; // from the middle of a line of small text to its baseline
 
-/// Light by default, dark where the reader's system is dark.
+/// Light colours, and dark ones where the reader's system prefers them.
 constexpr const char16_t* STYLE = uR"(
 text { font-family: system-ui, -apple-system, "Segoe UI", Roboto, "DejaVu Sans", sans-serif; font-size: 12px; }
 .note { fill: #57606a; }
@@ -71,13 +71,12 @@ text { font-family: system-ui, -apple-system, "Segoe UI", Roboto, "DejaVu Sans",
 }
 )";
 
-std::u16string decimal(double value, int mostDecimals)
+std::u16string decimal(double value, int decimals)
 {
     char digits[32];
-    const auto end = std::to_chars(std::begin(digits), std::end(digits), value,
-                                   std::chars_format::fixed, mostDecimals)
-                         .ptr;
-    return {std::begin(digits), end};
+    const std::to_chars_result result = std::to_chars(std::begin(digits), std::end(digits), value,
+                                                      std::chars_format::fixed, decimals);
+    return {std::begin(digits), result.ptr};
 }
 
 /// Writes elements of SVG.
@@ -236,7 +235,8 @@ private:
 
     void drawAxis()
     {
-        for (double value = 0; value <= axisEnd; value += step) {
+        for (int line = 0; line * step <= axisEnd; ++line) {
+            const double value = line * step;
             drawing.verticalLine(u"grid", position(value), PLOT_TOP, plotBottom);
             drawing.text(u"note", u"middle", position(value), plotBottom + AXIS_HEIGHT - 8,
                          decimal(value, 0) + u'×');

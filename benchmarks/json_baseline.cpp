@@ -1,5 +1,6 @@
-// Copies JSON from file to file with RapidJSON alone, its reader feeding its own PrettyWriter: the
-// least that a program that streams JSON into formatted text with RapidJSON has to do.
+// Usage: json-baseline INPUT OUTPUT
+// Formats the JSON file INPUT with RapidJSON alone: its Reader feeds its PrettyWriter. No program
+// that turns JSON into formatted text with RapidJSON can do less work.
 #include <rapidjson/error/en.h>
 #include <rapidjson/filereadstream.h>
 #include <rapidjson/filewritestream.h>

@@ -1,4 +1,5 @@
-// Times the kernels by themselves, each beside its portable twin, on about one batch of text.
+// Times each kernel by itself, and the plain code that does the same work one code unit at a time,
+// on about one batch of text.
 #include "tarn/xml/text_escaping.hpp"
 #include "tests/support/plain_escaping.hpp"
 #include "text/utf16.hpp"
@@ -54,15 +55,15 @@ void add(const std::string& name, std::u16string text, auto&& kernel)
         });
 }
 
-void addEncoder(const Sample& sample, const char* name, Utf8Encoder encoder)
+void addEncoder(const Sample& sample, const Utf8EncoderLevel& level)
 {
-    if (encoder == nullptr) {
+    if (level.encode == nullptr) {
         return; // this processor cannot run it
     }
     std::string out(encodedUtf8Bound(sample.text().size()), '\0');
-    add("encode/" + sample.name + '/' + name, sample.text(),
-        [encoder, out](const char16_t* first, const char16_t* last) mutable {
-            return encoder(first, last, out.data()).written;
+    add("encode/" + sample.name + '/' + std::string(level.name), sample.text(),
+        [encode = level.encode, out](const char16_t* first, const char16_t* last) mutable {
+            return encode(first, last, out.data()).written;
         });
 }
 
@@ -76,7 +77,7 @@ void addEscaper(const Sample& sample, const char* name, decltype(&escapeMarkup) 
         });
 }
 
-/// What escaping by a search and then a copy would take for text without specials.
+/// Escapes text without specials by a search and then a copy, for comparison with a single pass.
 EscapedRun searchAndCopy(const char16_t* first, const char16_t* last, char16_t* out,
                          const char16_t*)
 {
@@ -84,13 +85,14 @@ EscapedRun searchAndCopy(const char16_t* first, const char16_t* last, char16_t* 
     return {special, std::copy(first, special, out)};
 }
 
-/// What an exact allocation would need to know first: the number of bytes in UTF-8.
+/// Counts the bytes of the text in UTF-8, which an exact allocation would have to know first.
 std::size_t countBytes(const char16_t* first, const char16_t* last)
 {
     std::size_t bytes = 0;
     for (; first != last; ++first) {
-        const bool halfPair = isSurrogate(*first); // each counts for half of four bytes
-        bytes += 1u + (*first >= 0x80) + (*first >= 0x800) - halfPair;
+        const std::size_t isLonger = *first >= 0x80 ? 1 : 0;
+        const std::size_t isLongest = *first >= 0x800 && !isSurrogate(*first) ? 1 : 0;
+        bytes += 1 + isLonger + isLongest; // a surrogate pair has four bytes, two for each half
     }
     return bytes;
 }
@@ -104,14 +106,17 @@ int main(int argumentCount, char** arguments)
     using namespace benchmarks;
     for (const Sample& sample : SAMPLES) {
         for (const Utf8EncoderLevel& level : utf8EncoderLevels()) {
-            addEncoder(sample, std::string(level.name).c_str(), level.encode);
+            addEncoder(sample, level);
         }
-        addEscaper(sample, "portable", tarn::tests::escapeMarkupPlain);
+        addEscaper(sample, "plain", tarn::tests::escapeMarkupPlain);
         addEscaper(sample, "vector", escapeMarkup);
     }
-    addEscaper(SAMPLES.front(), "search and copy", searchAndCopy);
-    add("count bytes/" + SAMPLES.front().name, SAMPLES.front().text(), countBytes);
+    addEscaper(SAMPLES.front(), "search-then-copy", searchAndCopy);
+    add("count/" + SAMPLES.front().name + "/bytes", SAMPLES.front().text(), countBytes);
     benchmark::Initialize(&argumentCount, arguments);
+    if (benchmark::ReportUnrecognizedArguments(argumentCount, arguments)) {
+        return 1;
+    }
     benchmark::RunSpecifiedBenchmarks();
     benchmark::Shutdown();
 }

@@ -1,5 +1,6 @@
-// Writes a JSON file of about the size that is asked for: an array of records with every kind of
-// value, text in many scripts among them. The same in every run.
+// Usage: make-json BYTES OUTPUT
+// Writes a JSON file of about BYTES bytes: an array of records with every kind of value, among them
+// text in many scripts. It is the same in every run.
 #include "benchmarks/documents/TextSource.hpp"
 #include "benchmarks/text_forms.hpp"
 

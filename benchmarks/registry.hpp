@@ -1,5 +1,5 @@
-// Every document with every writer. A writer's source file registers the writer for all documents;
-// a writer whose library is not installed is not compiled and so not there.
+// Every document with every writer. The source file of a writer registers it for all documents. A
+// writer whose library is not installed is not compiled, and is therefore not registered.
 #pragma once
 
 #include "benchmarks/documents/Attributes.hpp"
@@ -55,7 +55,7 @@ std::string write()
 template <class Writer, class Document>
 void time(benchmark::State& state)
 {
-    const Document& timed = document<Document>();
+    const auto& timed = document<Document>();
     std::size_t bytes = 0;
     for ([[maybe_unused]] auto iteration : state) {
         for (int copy = 0; copy < Document::COPIES; ++copy) {
@@ -69,12 +69,13 @@ void time(benchmark::State& state)
     state.SetBytesProcessed(static_cast<std::int64_t>(bytes));
 }
 
-/// Registers a writer for all documents. A writer is a class
+/// Registers a writer for all documents, under a name and the version of its library. A writer is a
+/// class
 /// @code
 ///     class Writer
 ///     {
 ///     public:
-///         using String = ...; // what it takes text in
+///         using String = ...; // the type of text that it takes
 ///         Writer();           // makes the target and begins the document
 ///         void startElement(const Name<String>&);
 ///         void startElement(const Name<String>&, const std::vector<Namespace<String>>& declared);
@@ -82,7 +83,7 @@ void time(benchmark::State& state)
 ///         void text(const String&);
 ///         void endElement();
 ///         void textElement(const Name<String>&, const String& text);
-///         std::string_view finish(); // ends the document and gives the target's content
+///         std::string_view finish(); // ends the document and returns the content of the target
 ///     };
 /// @endcode
 template <class Writer>

@@ -1,5 +1,6 @@
-// Prints what benchmark-writers measured: how many times as long as our writer each other writer
-// took, beside the least that we want.
+// Usage: benchmark-report RESULTS.json
+// Prints what benchmark-writers measured: the time of each other writer over the time of XmlWriter,
+// and the least ratio that is wanted.
 #include "benchmarks/Results.hpp"
 
 #include <algorithm>
@@ -56,7 +57,7 @@ std::string ratioCell(const Results& results, const std::string& document, const
     return cell;
 }
 
-/// The time of our writer over another target, over that with a byte string.
+/// The time of our writer with @p target, over its time with a byte string.
 std::string otherTargetCell(const Results& results, const std::string& document,
                             const std::string& target)
 {
@@ -64,10 +65,10 @@ std::string otherTargetCell(const Results& results, const std::string& document,
     return ratio ? fixed(*ratio, 2) : "";
 }
 
-/// The time in which two threads write two documents, over that in which one writes one.
+/// The time that two threads need for one document each, over the time of one thread for one.
 std::string threadsCell(const Results& results, const std::string& document)
 {
-    // The benchmark library divides the time by the number of documents that both have written.
+    // The benchmark library gives the time for each document that either has written.
     const std::optional<double> ratio =
         results.ratio(document, std::string(OURS) + "/real_time/threads:2");
     return ratio ? fixed(2 * *ratio, 2) : "";
@@ -147,21 +148,22 @@ int main(int argumentCount, char** arguments)
 {
     using namespace benchmarks;
     if (argumentCount != 2) {
-        std::cerr << "Usage: report RESULTS.json\n";
+        std::cerr << "Usage: benchmark-report RESULTS.json\n";
         return 2;
     }
     try {
         const Results results(arguments[1]);
-        std::cout << results.context("processor") << ", " << results.context("date") << ", "
-                  << results.context("compiler") << "\n\n"
-                  << "Time of each other writer over ours (medians; wanted at least, where set). "
-                     "MB/s: our output.\n"
-                     "u16string, ostream: our time over those targets, over that over a string. "
-                     "2 threads: time\nof two writers at once over that of one. spread: largest "
-                     "standard deviation in the row.\n\n";
+        std::cout
+            << results.context("processor") << ", " << results.context("date") << ", "
+            << results.context("compiler") << "\n\n"
+            << "Other writers: their time over ours, medians; after ≥ or <, the least that is "
+               "wanted. MB/s: our\nUTF-8 output to a string. u16string, ostream: our time "
+               "to that target over our time to a string.\n2 threads: the time of two "
+               "writers at once over that of one. spread: the largest standard\ndeviation "
+               "in the row.\n\n";
         print(table(results));
     } catch (const std::exception& error) {
-        std::cerr << "report: " << error.what() << '\n';
+        std::cerr << "benchmark-report: " << error.what() << '\n';
         return 1;
     }
 }

@@ -1,5 +1,5 @@
-// The forms in which writers take text and names. A document keeps every text in the form of the
-// writer that it is for, prepared before the time is taken.
+// The forms in which writers take text and names. A document converts every text to the form of its
+// writer before the clock starts.
 #pragma once
 
 #include <string>
@@ -38,7 +38,8 @@ struct Namespace
 {
     String uri;
     String prefix;
-    /// The qualified name of the attribute that declares it, for writers that do not.
+    /// The qualified name of the attribute that declares it, for writers that do not manage
+    /// namespaces.
     String declaration;
 
     Namespace(const std::u16string& uri, const std::u16string& prefix)

@@ -1,8 +1,8 @@
-// Any bytes as a file that is to hold bundles, as the manifest of a bundle, and as choices of what
-// to put into an archive: nothing but std::runtime_error comes out.
+// Takes any bytes as a file that holds bundles, as the manifest of a bundle, and as choices of what
+// an archive holds. Only std::runtime_error may be thrown.
 //
-// The file is read and its bundles go into a registry of their own, as an installation would do
-// with the one of the process. That one only grows, and would remember the inputs before.
+// Bundles are installed into a new registry for each input, because the registry of the process
+// would remember earlier inputs.
 #include "fuzz/require.hpp"
 #include "support/Input.hpp"
 #include "support/zip.hpp"
@@ -23,7 +23,7 @@ namespace {
 
 using tests::Input;
 
-/// An archive that says of its entries what is true but for a few lies.
+/// An archive whose headers are true except for a few wrong sizes, checksums, flags and methods.
 std::string makeArchive(Input input)
 {
     static const std::string NAMES[] = {

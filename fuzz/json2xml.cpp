@@ -1,5 +1,5 @@
-// Any bytes as the input of json2xml: what is JSON becomes XML that says the same, and what becomes
-// of an input does not depend on the blocks that it comes in.
+// Takes any bytes as the input of json2xml. JSON must become XML that says the same, and the result
+// must not depend on the blocks that the input comes in.
 #include "fuzz/require.hpp"
 #include "support/difference.hpp"
 #include "tests/tools/json2xml/json_outline.hpp"
@@ -16,7 +16,7 @@ namespace {
 
 using json2xml::FileDescriptor;
 
-/// The end to read @p bytes from; each read gives a block of @p blockSize.
+/// A descriptor from which each read gives the next @p blockSize bytes of @p bytes.
 FileDescriptor inBlocks(std::string_view bytes, std::size_t blockSize)
 {
     int ends[2];
@@ -32,7 +32,7 @@ FileDescriptor inBlocks(std::string_view bytes, std::size_t blockSize)
     return readEnd;
 }
 
-/// The XML, or what is said instead.
+/// The XML, or the message of the error.
 std::string convert(std::string_view bytes, std::size_t blockSize)
 {
     std::ostringstream xml;
@@ -46,8 +46,8 @@ std::string convert(std::string_view bytes, std::size_t blockSize)
     }
 }
 
-/// @p text in UTF-8, to which RapidJSON may have added surrogates, with U+FFFD for each of these
-/// and for every character that XML 1.0 does not allow.
+/// @p text with U+FFFD in place of every surrogate and of every character that XML 1.0 does not
+/// allow. RapidJSON may let an escaped surrogate through, as three bytes.
 std::string replaceForbidden(std::string_view text)
 {
     std::string replaced;

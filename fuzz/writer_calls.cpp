@@ -1,5 +1,5 @@
-// Any sequence of calls gives what the reference writer says, and on the texts among their
-// arguments every vector kernel does what the plain way of its work does.
+// Takes any bytes as a sequence of calls. The output must be that of the reference writer, and on
+// each argument every kernel must give the same result as the plain code for its work.
 #include "fuzz/require.hpp"
 #include "support/encoding_fault.hpp"
 #include "support/escaping_fault.hpp"
@@ -13,10 +13,10 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t siz
     fuzz::requireNoFault(tests::faultOfCalls({bytes, size}, calls));
     for (const tests::Call& call : calls) {
         for (const std::u16string& argument : call.arguments) {
-            // An encoder may stop at each code unit, and needs room for all the rest each time.
+            // An encoder may stop at each code unit, and each time needs room for the whole rest.
             constexpr std::size_t LONGEST_TEXT = 400;
             const tests::GuardedText text(std::u16string_view(argument).substr(0, LONGEST_TEXT));
-            // So little room that the copy stops in between.
+            // Little room, so that the copy stops in the middle.
             const std::size_t room = utils::detail::ESCAPING_MARGIN + argument.size() % 256;
             tests::GuardedText output(std::u16string(room, u'-'));
             fuzz::requireNoFault(tests::faultOfEscaping(text.view(), output));

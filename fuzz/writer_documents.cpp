@@ -1,4 +1,5 @@
-// Documents that are written as the guide says, from any bytes.
+// Takes any bytes as choices of what a document holds, and writes it as the guide says. libxml2
+// must read back what went in.
 #include "fuzz/require.hpp"
 #include "support/written_document.hpp"
 

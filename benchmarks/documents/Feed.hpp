@@ -1,4 +1,4 @@
-// Three namespaces with long names that begin alike, every element in one of them.
+// Every element is in one of three namespaces, whose names are long and begin alike.
 #pragma once
 
 #include "benchmarks/documents/TextSource.hpp"

@@ -1,4 +1,4 @@
-// Many namespaces: in scope at the same time, or each declared for one small part.
+// Many namespaces, in scope at the same time or each declared for one small part.
 #pragma once
 
 #include "benchmarks/documents/TextSource.hpp"

@@ -1,4 +1,4 @@
-// Long paragraphs: plain, in many scripts, dense in characters that need escaping.
+// Long paragraphs: plain ones, in many scripts, with many characters that have to be escaped.
 #pragma once
 
 #include "benchmarks/documents/TextSource.hpp"

@@ -1,4 +1,4 @@
-// Made-up text, the same in every run.
+// Random text, the same in every run.
 #pragma once
 
 #include <cstddef>
@@ -9,7 +9,7 @@
 
 namespace benchmarks {
 
-/// What the words of a text are drawn from.
+/// The words of a text.
 struct Vocabulary
 {
     std::vector<std::u16string_view> words;
@@ -21,7 +21,7 @@ extern const Vocabulary ENGLISH;
 /// One vocabulary for each script: Chinese, Japanese, Russian, Arabic, accented Latin, and English
 /// with emoji.
 extern const std::vector<Vocabulary> SCRIPTS;
-/// Source text and markup, where every few characters one has to be escaped.
+/// Source text and markup, where one of every few characters has to be escaped.
 extern const Vocabulary SOURCE_TEXT;
 /// English with control characters of C0 between the words.
 extern const Vocabulary CONTROLS;
@@ -41,10 +41,10 @@ public:
 
 private:
     const Vocabulary& vocabulary;
-    std::mt19937 random; // seeded with the same number every time
+    std::mt19937 random; // always with the same seed
 };
 
-/// @return @p text and @p number in base ten behind it.
+/// @return @p text followed by @p number in base ten.
 std::u16string numbered(std::u16string_view text, std::size_t number);
 
 } // namespace benchmarks

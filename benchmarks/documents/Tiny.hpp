@@ -1,4 +1,4 @@
-// Very small documents, each with a writer and a target of its own.
+// Very small documents, each written by a new writer to a new target.
 #pragma once
 
 #include "benchmarks/text_forms.hpp"

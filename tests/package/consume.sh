@@ -19,7 +19,7 @@ consume_installed() {
     echo "== installed, with pkg-config"
     libdir=$(dirname "$(find "$1" -name 'libtarn-utils.so' -print -quit)")
     export PKG_CONFIG_LIBDIR="$libdir/pkgconfig"
-    # shellcheck disable=SC2046,SC2086 -- lists of flags
+    # shellcheck disable=SC2046,SC2086 # lists of flags
     "$CXX" -std=c++17 ${CXXFLAGS:-} $(pkg-config --cflags tarn-utils) "$consumer/consumer.cpp" \
         $(pkg-config --libs tarn-utils) -Wl,-rpath,"$libdir" -o "$work/with-pkg-config"
     unset PKG_CONFIG_LIBDIR

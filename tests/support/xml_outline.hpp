@@ -1,4 +1,4 @@
-// What a document says, by libxml2.
+// What a document says, read with libxml2.
 #pragma once
 
 #include <libxml/parser.h>
@@ -6,6 +6,13 @@
 #include <string>
 
 namespace tarn::tests {
+
+/// Whether text that stands beside elements counts.
+enum class TextBesideElements
+{
+    KEPT,
+    LEFT_OUT ///< It is layout.
+};
 
 namespace detail {
 
@@ -19,22 +26,25 @@ inline std::string outlineOfName(const xmlNs* space, const xmlChar* name)
     return '{' + (space != nullptr ? toString(space->href) : "") + '}' + toString(name);
 }
 
-inline void outlineNodes(const xmlNode* node, std::string& outline)
+inline void outlineNodes(const xmlNode* node, TextBesideElements textBesideElements,
+                         std::string& outline)
 {
+    const bool leavesTextOut = textBesideElements == TextBesideElements::LEFT_OUT &&
+                               node != nullptr && xmlChildElementCount(node->parent) > 0;
     for (; node != nullptr; node = node->next) {
         if (node->type == XML_TEXT_NODE) {
-            outline += toString(node->content);
+            outline += leavesTextOut ? "" : toString(node->content);
         } else if (node->type != XML_ELEMENT_NODE) {
             outline += "<!>";
         } else {
             outline += '<' + outlineOfName(node->ns, node->name);
             for (const xmlAttr* each = node->properties; each != nullptr; each = each->next) {
                 outline += ' ' + outlineOfName(each->ns, each->name) + "=\"";
-                outlineNodes(each->children, outline);
+                outlineNodes(each->children, textBesideElements, outline);
                 outline += '"';
             }
             outline += '>';
-            outlineNodes(node->children, outline);
+            outlineNodes(node->children, textBesideElements, outline);
             outline += "</>";
         }
     }
@@ -46,7 +56,8 @@ inline void outlineNodes(const xmlNode* node, std::string& outline)
 /// end tag, `<!>` for a comment or a processing instruction.
 /// @returns instead, if it is not well-formed with regard to namespaces too, what is wrong; this
 /// does not begin with `<`.
-inline std::string outlineOfXml(const std::string& xml)
+inline std::string outlineOfXml(const std::string& xml,
+                                TextBesideElements textBesideElements = TextBesideElements::KEPT)
 {
     const std::unique_ptr<xmlParserCtxt, decltype(&xmlFreeParserCtxt)> parser(xmlNewParserCtxt(),
                                                                               xmlFreeParserCtxt);
@@ -61,7 +72,7 @@ inline std::string outlineOfXml(const std::string& xml)
                (parser->lastError.message != nullptr ? parser->lastError.message : "");
     }
     std::string outline;
-    detail::outlineNodes(xmlDocGetRootElement(document.get()), outline);
+    detail::outlineNodes(xmlDocGetRootElement(document.get()), textBesideElements, outline);
     return outline;
 }
 
