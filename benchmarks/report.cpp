@@ -1,6 +1,5 @@
 // Usage: benchmark-report RESULTS.json
-// Prints what benchmark-writers measured: the time of each other writer over the time of XmlWriter,
-// and the least ratio that is wanted.
+// Prints what benchmark-writers measured: the time of each other writer over the time of XmlWriter.
 #include "benchmarks/Results.hpp"
 
 #include <algorithm>
@@ -13,29 +12,6 @@ namespace benchmarks {
 
 namespace {
 
-constexpr std::size_t PEER_COUNT = std::size(PEERS);
-
-/// The least wanted ratio for each peer, in the order of PEERS; 0 where none is set.
-struct Targets
-{
-    std::string_view document;
-    double least[PEER_COUNT];
-};
-
-constexpr Targets TARGETS[] = {
-    {"records", {4.0, 2.5, 1.0, 1.5}}, {"feed", {4.0, 2.0, 0, 0}},
-    {"prose", {10.0, 3.0, 3.0, 1.0}},  {"multilingual", {6.0, 1.8, 2.0, 1.0}},
-    {"markup", {3.0, 1.0, 1.3, 1.0}},  {"namespaces", {3.0, 0, 0, 0}},
-    {"scopes", {3.0, 0, 0, 0}},        {"tiny", {3.0, 0, 0, 0}},
-};
-constexpr Targets OTHER_TARGETS{"", {3.0, 1.0, 1.0, 1.0}};
-
-const Targets& targets(const std::string& document)
-{
-    const auto* const found = std::ranges::find(TARGETS, document, &Targets::document);
-    return found == std::end(TARGETS) ? OTHER_TARGETS : *found;
-}
-
 std::string fixed(double value, int decimals)
 {
     std::ostringstream text;
@@ -43,18 +19,13 @@ std::string fixed(double value, int decimals)
     return text.str();
 }
 
-std::string ratioCell(const Results& results, const std::string& document, const Peer& peer,
-                      double least)
+std::string ratioCell(const Results& results, const std::string& document, const Peer& peer)
 {
     const std::optional<double> ratio = results.ratio(document, std::string(peer.name));
     if (!ratio) {
         return results.has(peer.name) ? "other output" : "absent";
     }
-    std::string cell = fixed(*ratio, 2);
-    if (least > 0) {
-        cell += (*ratio >= least ? " ≥ " : " < ") + fixed(least, 1);
-    }
-    return cell;
+    return fixed(*ratio, 2);
 }
 
 /// The time of our writer with @p target, over its time with a byte string.
@@ -103,8 +74,8 @@ std::vector<Row> table(const Results& results)
             continue;
         }
         Row row{document, fixed(ours->megabytesPerSecond, 0)};
-        for (std::size_t peer = 0; peer < PEER_COUNT; ++peer) {
-            row.push_back(ratioCell(results, document, PEERS[peer], targets(document).least[peer]));
+        for (const Peer& peer : PEERS) {
+            row.push_back(ratioCell(results, document, peer));
         }
         row.push_back(otherTargetCell(results, document, "u16string"));
         row.push_back(otherTargetCell(results, document, "ostream"));

@@ -112,9 +112,8 @@ inline void store(char* out, __m128i bytes)
         }
         const Units w = _mm256_add_epi16(_mm256_and_si256(units, all(0x3FF)), all(0x40));
         const Units secondOfLow = _mm256_or_si256(
-            all(0x80),
-            _mm256_or_si256(_mm256_slli_epi16(_mm256_and_si256(before, all(3)), 4),
-                            _mm256_and_si256(_mm256_srli_epi16(units, 6), all(0xF))));
+            all(0x80), _mm256_or_si256(_mm256_slli_epi16(_mm256_and_si256(before, all(3)), 4),
+                                       _mm256_and_si256(_mm256_srli_epi16(units, 6), all(0xF))));
         second = select(low, secondOfLow, second);
         second = select(high, _mm256_or_si256(all(0xF0), _mm256_srli_epi16(w, 8)), second);
         last = select(

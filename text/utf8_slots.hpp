@@ -1,6 +1,6 @@
-// How the encoders for vectors of 16 and 32 bytes close the gaps between encodings: the bytes of each
-// code unit are built in a slot of fixed width, and a shuffle from a table moves those that are kept
-// together. Private to them.
+// How the encoders for vectors of 16 and 32 bytes close the gaps between encodings: the bytes of
+// each code unit are built in a slot of fixed width, and a shuffle from a table moves those that
+// are kept together. Private to them.
 #pragma once
 
 #include "text/utf16.hpp"
@@ -11,7 +11,8 @@
 
 namespace tarn::text {
 
-/// Shuffles by bits that say which bytes are kept. Each is followed by what a shuffle reads as zero.
+/// Shuffles by bits that say which bytes are kept. Each is followed by what a shuffle reads as
+/// zero.
 using Shuffles = std::array<std::array<std::uint8_t, 16>, 256>;
 
 /// For eight slots of two bytes: a set bit says that only the first byte of its slot is kept.

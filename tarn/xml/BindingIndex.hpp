@@ -8,6 +8,7 @@
 #include <map>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 namespace tarn::utils::detail {
@@ -25,23 +26,29 @@ public:
     using Bindings = std::map<std::u16string, std::u16string>;
     using Binding = Bindings::iterator;
 
-    explicit BindingIndex(Bindings& bindings) : bindings(bindings), lastFound(bindings.end()) {}
+    explicit BindingIndex(Bindings& bindings)
+        : bindings(bindings), last{bindings.end(), 0}, lastButOne(last)
+    {
+    }
 
     /// Returns the binding of @p namespaceUri, or the map's end if it is not bound.
     Binding find(const std::u16string& namespaceUri)
     {
-        if (lastFound == bindings.end() || !same(lastFound->first, namespaceUri)) {
-            lastFound = search(namespaceUri);
+        if (!holds(last, namespaceUri)) {
+            std::swap(last, lastButOne);
+            if (!holds(last, namespaceUri)) {
+                last = search(namespaceUri);
+            }
         }
-        return lastFound;
+        return last.binding;
     }
 
-    /// Makes room for one more binding, which may throw. Call it before a binding is added to the
-    /// map.
+    /// Makes room for one more binding, which may throw. Call it after a search for the name and
+    /// before its binding is added to the map.
     void reserve()
     {
         if (2 * (indexed + 1) > slots.size()) {
-            rebuild(slots.empty() ? FIRST_SIZE : 2 * slots.size());
+            rebuild(2 * slots.size());
         }
     }
 
@@ -49,15 +56,15 @@ public:
     /// called with last.
     void add(Binding binding) noexcept
     {
-        insert(lastHash, binding);
-        lastFound = binding;
+        last.binding = binding;
+        insert(last);
     }
 
     /// Call it before @p binding, which find() has returned last, is removed from the map.
     void remove(Binding binding) noexcept
     {
-        lastFound = bindings.end();
-        std::size_t hole = slotOf(lastHash, binding->first);
+        std::size_t hole = slotOf(last.hash, binding->first);
+        last.binding = bindings.end();
         if (hole == NOWHERE) {
             --unindexed;
             return;
@@ -81,10 +88,15 @@ public:
 private:
     struct Slot
     {
-        /// The map's end if the slot is free.
+        /// The map's end if there is none.
         Binding binding;
         std::uint32_t hash;
     };
+
+    bool holds(const Slot& slot, const std::u16string& namespaceUri) const
+    {
+        return slot.binding != bindings.end() && same(slot.binding->first, namespaceUri);
+    }
 
     static constexpr std::size_t PROBES = 16;
     /// Room for the two bindings that every map has, and for the few that most documents add.
@@ -135,17 +147,17 @@ private:
 
     std::size_t wrapped(std::size_t slot) const { return slot & (slots.size() - 1); }
 
-    Binding search(const std::u16string& namespaceUri)
+    Slot search(const std::u16string& namespaceUri)
     {
         if (slots.empty()) {
             rebuild(FIRST_SIZE);
         }
-        lastHash = hashOf(namespaceUri);
-        const std::size_t slot = slotOf(lastHash, namespaceUri);
+        const std::uint32_t hash = hashOf(namespaceUri);
+        const std::size_t slot = slotOf(hash, namespaceUri);
         if (slot != NOWHERE) {
-            return slots[slot].binding;
+            return slots[slot];
         }
-        return unindexed == 0 ? bindings.end() : bindings.find(namespaceUri);
+        return {unindexed == 0 ? bindings.end() : bindings.find(namespaceUri), hash};
     }
 
     /// The slot that holds @p namespaceUri.
@@ -164,12 +176,12 @@ private:
         return NOWHERE;
     }
 
-    void insert(std::uint32_t hash, Binding binding) noexcept
+    void insert(const Slot& added) noexcept
     {
         for (std::size_t distance = 0; distance < PROBES; ++distance) {
-            Slot& slot = slots[wrapped(hash + distance)];
+            Slot& slot = slots[wrapped(added.hash + distance)];
             if (slot.binding == bindings.end()) {
-                slot = {binding, hash};
+                slot = added;
                 ++indexed;
                 return;
             }
@@ -183,15 +195,16 @@ private:
         indexed = 0;
         unindexed = 0;
         for (Binding binding = bindings.begin(); binding != bindings.end(); ++binding) {
-            insert(hashOf(binding->first), binding);
+            insert({binding, hashOf(binding->first)});
         }
     }
 
     Bindings& bindings;
-    /// What find() returned last, since most names are in the namespace of the name before; and the
-    /// hash of the name that it was called with.
-    Binding lastFound;
-    std::uint32_t lastHash = 0;
+    /// What find() returned last and before that, each with the hash of the name that was looked
+    /// for. Most names are in the namespace of the name before, and a declaration is itself a name
+    /// in the namespace of declarations.
+    Slot last;
+    Slot lastButOne;
     /// At least twice as many as there are names in them; their number is a power of two. None
     /// before the first search, because many documents use no namespace.
     std::vector<Slot> slots;

@@ -158,9 +158,9 @@ EscapedRun replaceSpecials(const char16_t* units, std::size_t length, std::uint6
 
 } // namespace
 
-std::u16string_view entityReference(char16_t unit)
+std::u16string_view entityReference(char16_t special)
 {
-    return unit < ENTITIES.size() ? ENTITIES[unit].text() : std::u16string_view();
+    return ENTITIES[special].text();
 }
 
 const char16_t* findSpecial(const char16_t* first, const char16_t* last)

@@ -11,9 +11,8 @@
 
 namespace tarn::utils::detail {
 
-/// The entity reference for @p unit, or an empty text if it is not one of the five markup
-/// characters.
-std::u16string_view entityReference(char16_t unit);
+/// The entity reference for the special code unit @p special; empty if that is a control character.
+std::u16string_view entityReference(char16_t special);
 
 /// Returns a pointer to the first special code unit from @p first on, or @p last if there is none.
 const char16_t* findSpecial(const char16_t* first, const char16_t* last);
