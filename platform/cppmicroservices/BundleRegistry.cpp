@@ -7,6 +7,16 @@
 
 namespace cppmicroservices {
 
+namespace {
+
+[[noreturn]] void refuse(const NewBundle& bundle, const std::string& installedFrom)
+{
+    throw std::runtime_error(bundle.location + ": the bundle " + bundle.symbolicName + ' ' +
+                             bundle.version + " is installed already, from " + installedFrom);
+}
+
+} // namespace
+
 std::vector<Bundle> BundleRegistry::install(std::span<const NewBundle> wanted)
 {
     const std::lock_guard lock(mutex);
@@ -36,19 +46,17 @@ const std::vector<Bundle>& BundleRegistry::addFile(std::span<const NewBundle> wa
         return known->second;
     }
     std::vector<Bundle>& bundles = added.byLocation[location];
-    for (const auto& [name, version, itsLocation] : wanted) {
+    for (const NewBundle& bundle : wanted) {
         for (const Index* const index : {&installed, &std::as_const(added)}) {
-            const auto same = index->byName.find({name, version});
+            const auto same = index->byName.find({bundle.symbolicName, bundle.version});
             if (same != index->byName.end()) {
-                throw std::runtime_error(location + ": the bundle " + name + ' ' + version +
-                                         " is installed already, from " +
-                                         same->second.GetLocation());
+                refuse(bundle, same->second.GetLocation());
             }
         }
         const auto id = static_cast<long>(installed.byName.size() + added.byName.size() + 1);
-        bundles.push_back(
-            Bundle(std::make_shared<const Bundle::Record>(Bundle::Record{id, name, location})));
-        added.byName.emplace(std::pair(name, version), bundles.back());
+        bundles.push_back(Bundle(std::make_shared<const Bundle::Record>(
+            Bundle::Record{id, bundle.symbolicName, location})));
+        added.byName.emplace(std::pair(bundle.symbolicName, bundle.version), bundles.back());
     }
     return bundles;
 }

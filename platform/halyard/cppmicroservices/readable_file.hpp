@@ -1,10 +1,10 @@
 // A regular file that is open for reading.
 #pragma once
 
-#include <compare>
 #include <cstddef>
 #include <cstdint>
 #include <string>
+#include <tuple>
 #include <utility>
 
 namespace halyard::cppmicroservices {
@@ -24,7 +24,11 @@ struct file_identity
     std::uint64_t device;
     std::uint64_t number;
 
-    auto operator<=>(const file_identity&) const = default;
+    bool operator==(const file_identity&) const = default;
+    bool operator<(const file_identity& other) const
+    {
+        return std::tie(device, number) < std::tie(other.device, other.number);
+    }
 };
 
 class readable_file
