@@ -85,56 +85,41 @@ inline void store(char* out, __m128i bytes)
     return out + 4 + std::popcount(bits);
 }
 
-/// Encodes sixteen code units and returns the end of their bytes, or null if one of them is a
-/// surrogate without its other half.
-///
-/// @param previous,next where the code unit before the first one is read, and the one after it. (A
-///     step that holds no surrogate reads neither.)
-[[gnu::target("avx2,popcnt")]] inline char* encodeStep(Units units, const char16_t* previous,
-                                                       const char16_t* next, char* out)
+/// The last byte of each code unit's encoding if that has more than one.
+[[gnu::target("avx2")]] inline Units lastByte(Units units)
 {
-    const Units ascii = atMost(units, 0x7F);
-    Units twoBytes = atMost(units, 0x7FF); // or less
-    Units second = _mm256_or_si256(_mm256_and_si256(_mm256_srli_epi16(units, 6), all(0x3F)),
-                                   select(twoBytes, all(0xC0), all(0x80)));
-    Units last =
-        select(ascii, units, _mm256_or_si256(_mm256_and_si256(units, all(0x3F)), all(0x80)));
-    const Units surrogates = matching(units, 0xF800, 0xD800);
-    if (_mm256_testz_si256(surrogates, surrogates) == 0) {
-        const Units before = load(previous);
-        const Units high = matching(units, 0xFC00, 0xD800);
-        const Units low = _mm256_xor_si256(surrogates, high);
-        const Units paired =
-            _mm256_or_si256(_mm256_and_si256(high, matching(load(next), 0xFC00, 0xDC00)),
-                            _mm256_and_si256(low, matching(before, 0xFC00, 0xD800)));
-        if (_mm256_testc_si256(paired, surrogates) == 0) {
-            return nullptr;
-        }
-        const Units w = _mm256_add_epi16(_mm256_and_si256(units, all(0x3FF)), all(0x40));
-        const Units secondOfLow = _mm256_or_si256(
-            all(0x80), _mm256_or_si256(_mm256_slli_epi16(_mm256_and_si256(before, all(3)), 4),
-                                       _mm256_and_si256(_mm256_srli_epi16(units, 6), all(0xF))));
-        second = select(low, secondOfLow, second);
-        second = select(high, _mm256_or_si256(all(0xF0), _mm256_srli_epi16(w, 8)), second);
-        last = select(
-            high, _mm256_or_si256(all(0x80), _mm256_and_si256(_mm256_srli_epi16(w, 2), all(0x3F))),
-            last);
-        twoBytes = _mm256_or_si256(twoBytes, surrogates);
-    }
-    const unsigned asciiBits = bitsOf(ascii);
-    const unsigned keepFirst = bitsOf(twoBytes) ^ 0xFFFF;
-    if (keepFirst == 0) {
-        const Units slots =
-            _mm256_or_si256(select(ascii, units, second), _mm256_slli_epi16(last, 8));
-        return closeTwoByteSlots(slots, asciiBits, out);
-    }
+    return _mm256_or_si256(_mm256_and_si256(units, all(0x3F)), all(0x80));
+}
+
+/// The byte before the last one of each code unit that is no surrogate.
+[[gnu::target("avx2")]] inline Units secondByte(Units units, Units twoBytes)
+{
+    return _mm256_or_si256(_mm256_and_si256(_mm256_srli_epi16(units, 6), all(0x3F)),
+                           select(twoBytes, all(0xC0), all(0x80)));
+}
+
+/// Writes sixteen code units of one byte, where @p ascii is set, or two: @p second and @p last.
+[[gnu::target("avx2,popcnt")]] inline char* writeTwoBytes(Units units, Units ascii, Units second,
+                                                          Units last, char* out)
+{
+    const Units slots = select(ascii, units, _mm256_or_si256(second, _mm256_slli_epi16(last, 8)));
+    return closeTwoByteSlots(slots, bitsOf(ascii), out);
+}
+
+/// Writes sixteen code units of one byte, where @p ascii is set, two, where @p twoBytes is set, or
+/// three.
+[[gnu::target("avx2,popcnt")]] inline char*
+writeThreeBytes(Units units, Units ascii, Units twoBytes, Units second, Units last, char* out)
+{
     const Units first = _mm256_or_si256(_mm256_srli_epi16(units, 12), all(0xE0));
     const Units firstTwo = _mm256_or_si256(first, _mm256_slli_epi16(second, 8));
+    const Units lastOrOnly = select(ascii, units, last);
     // In each half of the vectors: the slots of four code units, and those of the four after them.
-    const __m256i even = _mm256_unpacklo_epi16(firstTwo, last);
-    const __m256i odd = _mm256_unpackhi_epi16(firstTwo, last);
+    const __m256i even = _mm256_unpacklo_epi16(firstTwo, lastOrOnly);
+    const __m256i odd = _mm256_unpackhi_epi16(firstTwo, lastOrOnly);
     const __m128i slots[] = {_mm256_castsi256_si128(even), _mm256_castsi256_si128(odd),
                              _mm256_extracti128_si256(even, 1), _mm256_extracti128_si256(odd, 1)};
+    const unsigned keepFirst = bitsOf(twoBytes) ^ 0xFFFF;
     if (keepFirst == 0xFFFF) {
         for (const __m128i four : slots) {
             store(out, close(CLOSE_FOUR_BYTE_SLOTS, four, 0xFF));
@@ -142,11 +127,57 @@ inline void store(char* out, __m128i bytes)
         }
         return out;
     }
-    const unsigned keepSecond = asciiBits ^ 0xFFFF;
+    const unsigned keepSecond = bitsOf(ascii) ^ 0xFFFF;
     out = closeFourByteSlots(slots[0], keepSecond, keepFirst, out);
     out = closeFourByteSlots(slots[1], keepSecond >> 4, keepFirst >> 4, out);
     out = closeFourByteSlots(slots[2], keepSecond >> 8, keepFirst >> 8, out);
     return closeFourByteSlots(slots[3], keepSecond >> 12, keepFirst >> 12, out);
+}
+
+/// Encodes sixteen code units, among them surrogates. Returns null if one has no other half.
+[[gnu::target("avx2,popcnt")]] inline char* encodePairs(Units units, Units previous, Units next,
+                                                        char* out)
+{
+    const Units surrogates = matching(units, 0xF800, 0xD800);
+    const Units high = matching(units, 0xFC00, 0xD800);
+    const Units low = _mm256_xor_si256(surrogates, high);
+    const Units paired = _mm256_or_si256(_mm256_and_si256(high, matching(next, 0xFC00, 0xDC00)),
+                                         _mm256_and_si256(low, matching(previous, 0xFC00, 0xD800)));
+    if (_mm256_testc_si256(paired, surrogates) == 0) {
+        return nullptr;
+    }
+    const Units w = _mm256_add_epi16(_mm256_and_si256(units, all(0x3FF)), all(0x40));
+    const Units secondOfHigh = _mm256_or_si256(_mm256_srli_epi16(w, 8), all(0xF0));
+    const Units secondOfLow = _mm256_or_si256(
+        _mm256_or_si256(_mm256_slli_epi16(_mm256_and_si256(previous, all(3)), 4), all(0x80)),
+        _mm256_and_si256(_mm256_srli_epi16(units, 6), all(0xF)));
+    const Units belowThreeBytes = atMost(units, 0x7FF);
+    const Units second =
+        select(high, secondOfHigh, select(low, secondOfLow, secondByte(units, belowThreeBytes)));
+    const Units last = select(high, lastByte(_mm256_srli_epi16(w, 2)), lastByte(units));
+    const Units ascii = atMost(units, 0x7F);
+    const Units twoBytes = _mm256_or_si256(belowThreeBytes, surrogates);
+    return bitsOf(twoBytes) == 0xFFFF ? writeTwoBytes(units, ascii, second, last, out)
+                                      : writeThreeBytes(units, ascii, twoBytes, second, last, out);
+}
+
+/// Encodes the sixteen code units at @p from and returns the end of their bytes, or null if one of
+/// them is a surrogate without its other half. May read the code units before and after them.
+[[gnu::target("avx2,popcnt")]] inline char* encodeStep(const char16_t* from, char* out)
+{
+    const Units units = load(from);
+    const Units ascii = atMost(units, 0x7F);
+    const Units twoBytes = atMost(units, 0x7FF); // or less
+    if (bitsOf(twoBytes) == 0xFFFF) {
+        const Units second = _mm256_or_si256(_mm256_srli_epi16(units, 6), all(0xC0));
+        return writeTwoBytes(units, ascii, second, lastByte(units), out);
+    }
+    const Units surrogates = matching(units, 0xF800, 0xD800);
+    if (_mm256_testz_si256(surrogates, surrogates) == 0) {
+        return encodePairs(units, load(from - 1), load(from + 1), out);
+    }
+    return writeThreeBytes(units, ascii, twoBytes, secondByte(units, twoBytes), lastByte(units),
+                           out);
 }
 
 [[gnu::target("avx2")]] inline bool isAscii(Units units)
@@ -177,7 +208,7 @@ inline void store(char* out, __m128i bytes)
             std::copy(first, first + std::min(left, STEP + 1), copy + 1);
             from = copy + 1;
         }
-        char* const written = encodeStep(load(from), from - 1, from + 1, out);
+        char* const written = encodeStep(from, out);
         if (written == nullptr) {
             return encodeFromStep(begin, first, last, out);
         }

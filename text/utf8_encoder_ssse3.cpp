@@ -64,6 +64,69 @@ Units select(Units mask, Units ifSet, Units ifClear)
         slots, _mm_loadu_si128(reinterpret_cast<const __m128i*>(shuffles[bits].data())));
 }
 
+/// The last byte of each code unit's encoding if that has more than one.
+Units lastByte(Units units)
+{
+    return _mm_or_si128(_mm_and_si128(units, all(0x3F)), all(0x80));
+}
+
+/// Writes eight code units of one byte, where @p ascii is set, or two: @p second and @p last.
+[[gnu::target("ssse3,popcnt")]] char* writeTwoBytes(Units units, Units ascii, Units second,
+                                                    Units last, char* out)
+{
+    const Units slots = select(ascii, units, _mm_or_si128(second, _mm_slli_epi16(last, 8)));
+    const unsigned asciiBits = bitsOf(ascii);
+    store(out, close(CLOSE_TWO_BYTE_SLOTS, slots, asciiBits));
+    return out + 2 * STEP - std::popcount(asciiBits);
+}
+
+/// Writes eight code units of one byte, where @p ascii is set, two, where @p twoBytes is set, or
+/// three.
+[[gnu::target("ssse3,popcnt")]] char* writeThreeBytes(Units units, Units ascii, Units twoBytes,
+                                                      Units second, Units last, char* out)
+{
+    const Units first = _mm_or_si128(_mm_srli_epi16(units, 12), all(0xE0));
+    const Units firstTwo = _mm_or_si128(first, _mm_slli_epi16(second, 8));
+    const Units lastOrOnly = select(ascii, units, last);
+    const unsigned keepSecond = bitsOf(ascii) ^ 0xFF;
+    const unsigned keepFirst = bitsOf(twoBytes) ^ 0xFF;
+    const unsigned lowBits = (keepSecond & 0x0F) | (keepFirst & 0x0F) << 4;
+    const unsigned highBits = keepSecond >> 4 | (keepFirst & 0xF0);
+    store(out, close(CLOSE_FOUR_BYTE_SLOTS, _mm_unpacklo_epi16(firstTwo, lastOrOnly), lowBits));
+    store(out + 4 + std::popcount(lowBits),
+          close(CLOSE_FOUR_BYTE_SLOTS, _mm_unpackhi_epi16(firstTwo, lastOrOnly), highBits));
+    return out + STEP + std::popcount(keepSecond) + std::popcount(keepFirst);
+}
+
+/// Encodes eight code units, among them surrogates. Returns null if one has no other half.
+[[gnu::target("ssse3,popcnt")]] char* encodePairs(Units units, Units previous, Units next,
+                                                  char* out)
+{
+    const Units surrogates = matching(units, 0xF800, 0xD800);
+    const Units high = matching(units, 0xFC00, 0xD800);
+    const Units low = _mm_xor_si128(surrogates, high);
+    const Units paired = _mm_or_si128(_mm_and_si128(high, matching(next, 0xFC00, 0xDC00)),
+                                      _mm_and_si128(low, matching(previous, 0xFC00, 0xD800)));
+    if (_mm_movemask_epi8(_mm_xor_si128(surrogates, paired)) != 0) {
+        return nullptr;
+    }
+    const Units w = _mm_add_epi16(_mm_and_si128(units, all(0x3FF)), all(0x40));
+    const Units secondOfHigh = _mm_or_si128(_mm_srli_epi16(w, 8), all(0xF0));
+    const Units secondOfLow =
+        _mm_or_si128(_mm_or_si128(_mm_slli_epi16(_mm_and_si128(previous, all(3)), 4), all(0x80)),
+                     _mm_and_si128(_mm_srli_epi16(units, 6), all(0xF)));
+    const Units belowThreeBytes = atMost(units, 0x7FF);
+    const Units secondOfOthers = _mm_or_si128(_mm_and_si128(_mm_srli_epi16(units, 6), all(0x3F)),
+                                              select(belowThreeBytes, all(0xC0), all(0x80)));
+    const Units second = select(high, secondOfHigh, select(low, secondOfLow, secondOfOthers));
+    const Units last = select(high, lastByte(_mm_srli_epi16(w, 2)), lastByte(units));
+    const Units ascii = atMost(units, 0x7F);
+    const Units twoBytes = _mm_or_si128(belowThreeBytes, surrogates);
+    return _mm_movemask_epi8(twoBytes) == 0xFFFF
+               ? writeTwoBytes(units, ascii, second, last, out)
+               : writeThreeBytes(units, ascii, twoBytes, second, last, out);
+}
+
 /// Encodes eight code units and returns the end of their bytes, or null if one of them is a
 /// surrogate without its other half.
 ///
@@ -71,45 +134,17 @@ Units select(Units mask, Units ifSet, Units ifClear)
 [[gnu::target("ssse3,popcnt")]] char* encodeStep(Units units, Units previous, Units next, char* out)
 {
     const Units ascii = atMost(units, 0x7F);
-    Units twoBytes = atMost(units, 0x7FF); // or less
-    Units second = _mm_or_si128(_mm_and_si128(_mm_srli_epi16(units, 6), all(0x3F)),
-                                select(twoBytes, all(0xC0), all(0x80)));
-    Units last = select(ascii, units, _mm_or_si128(_mm_and_si128(units, all(0x3F)), all(0x80)));
-    const Units surrogates = matching(units, 0xF800, 0xD800);
-    if (_mm_movemask_epi8(surrogates) != 0) {
-        const Units high = matching(units, 0xFC00, 0xD800);
-        const Units low = _mm_xor_si128(surrogates, high);
-        const Units paired = _mm_or_si128(_mm_and_si128(high, matching(next, 0xFC00, 0xDC00)),
-                                          _mm_and_si128(low, matching(previous, 0xFC00, 0xD800)));
-        if (_mm_movemask_epi8(_mm_xor_si128(surrogates, paired)) != 0) {
-            return nullptr;
-        }
-        const Units w = _mm_add_epi16(_mm_and_si128(units, all(0x3FF)), all(0x40));
-        const Units secondOfLow = _mm_or_si128(
-            all(0x80), _mm_or_si128(_mm_slli_epi16(_mm_and_si128(previous, all(3)), 4),
-                                    _mm_and_si128(_mm_srli_epi16(units, 6), all(0xF))));
-        second = select(low, secondOfLow, second);
-        second = select(high, _mm_or_si128(all(0xF0), _mm_srli_epi16(w, 8)), second);
-        last = select(high, _mm_or_si128(all(0x80), _mm_and_si128(_mm_srli_epi16(w, 2), all(0x3F))),
-                      last);
-        twoBytes = _mm_or_si128(twoBytes, surrogates);
+    const Units twoBytes = atMost(units, 0x7FF); // or less
+    if (_mm_movemask_epi8(twoBytes) == 0xFFFF) {
+        const Units second = _mm_or_si128(_mm_srli_epi16(units, 6), all(0xC0));
+        return writeTwoBytes(units, ascii, second, lastByte(units), out);
     }
-    const unsigned asciiBits = bitsOf(ascii);
-    const unsigned threeByteBits = bitsOf(twoBytes) ^ 0xFF;
-    if (threeByteBits == 0) {
-        const __m128i slots = _mm_or_si128(select(ascii, units, second), _mm_slli_epi16(last, 8));
-        store(out, close(CLOSE_TWO_BYTE_SLOTS, slots, asciiBits));
-        return out + 2 * STEP - std::popcount(asciiBits);
+    if (_mm_movemask_epi8(matching(units, 0xF800, 0xD800)) != 0) {
+        return encodePairs(units, previous, next, out);
     }
-    const Units first = _mm_or_si128(_mm_srli_epi16(units, 12), all(0xE0));
-    const Units firstTwo = _mm_or_si128(first, _mm_slli_epi16(second, 8));
-    const unsigned keepSecond = asciiBits ^ 0xFF;
-    const unsigned lowBits = (keepSecond & 0x0F) | (threeByteBits & 0x0F) << 4;
-    const unsigned highBits = keepSecond >> 4 | (threeByteBits & 0xF0);
-    store(out, close(CLOSE_FOUR_BYTE_SLOTS, _mm_unpacklo_epi16(firstTwo, last), lowBits));
-    store(out + 4 + std::popcount(lowBits),
-          close(CLOSE_FOUR_BYTE_SLOTS, _mm_unpackhi_epi16(firstTwo, last), highBits));
-    return out + STEP + std::popcount(keepSecond) + std::popcount(threeByteBits);
+    const Units second = _mm_or_si128(_mm_and_si128(_mm_srli_epi16(units, 6), all(0x3F)),
+                                      select(twoBytes, all(0xC0), all(0x80)));
+    return writeThreeBytes(units, ascii, twoBytes, second, lastByte(units), out);
 }
 
 bool isAscii(Units units)
