@@ -1,27 +1,35 @@
-# What the tests of an installed tree share. They set $work and $cmake, and $CXX in the environment.
+# What the tests of an installed tree share. They set $work and $cmake, $CXX in the environment, and
+# $programs if the consumer is not to be built for the services.
 consumer=$(dirname "$0")/consumer
+: "${programs:=consumer services}"
 
 # build_and_run DIRECTORY CMAKE_ARGUMENT...
 build_and_run() {
     directory=$1
     shift
+    # shellcheck disable=SC2086 # a list of targets
     "$cmake" -G Ninja -S "$consumer" -B "$directory" "$@" > "$directory.log" 2>&1 &&
-        "$cmake" --build "$directory" >> "$directory.log" 2>&1 || { cat "$directory.log"; exit 1; }
-    "$directory/consumer"
+        "$cmake" --build "$directory" -t $programs >> "$directory.log" 2>&1 ||
+        { cat "$directory.log"; exit 1; }
+    for program in $programs; do "$directory/$program"; done
 }
 
-# consume_installed PREFIX builds and runs the consumer with the library in PREFIX and no other.
+# consume_installed PREFIX NAME builds and runs the consumer with the library in PREFIX and no other, in
+# directories of NAME.
 consume_installed() {
-    echo "== installed, with CMake"
-    build_and_run "$work/with-cmake" -DCMAKE_PREFIX_PATH="$1"
-    grep -q "^tarn_DIR:PATH=$1/" "$work/with-cmake/CMakeCache.txt"
+    echo "== $2, with CMake"
+    build_and_run "$work/$2-with-cmake" -DCMAKE_PREFIX_PATH="$1"
+    grep -q "^tarn_DIR:PATH=$1/" "$work/$2-with-cmake/CMakeCache.txt"
 
-    echo "== installed, with pkg-config"
-    libdir=$(dirname "$(find "$1" -name 'libtarn-utils.so' -print -quit)")
-    export PKG_CONFIG_LIBDIR="$libdir/pkgconfig"
-    # shellcheck disable=SC2046,SC2086 # lists of flags
-    "$CXX" -std=c++17 ${CXXFLAGS:-} $(pkg-config --cflags tarn-utils) "$consumer/consumer.cpp" \
-        $(pkg-config --libs tarn-utils) -Wl,-rpath,"$libdir" -o "$work/with-pkg-config"
-    unset PKG_CONFIG_LIBDIR
-    "$work/with-pkg-config"
+    echo "== $2, with pkg-config"
+    libdir=$(dirname "$(find "$1" -name 'libtarn-utils.so' -o -name 'libtarn-utils.a')")
+    export PKG_CONFIG_PATH="$libdir/pkgconfig"
+    [ "$(pkg-config --variable=libdir tarn-utils | xargs realpath)" = "$(realpath "$libdir")" ]
+    for program in $programs; do
+        # shellcheck disable=SC2046,SC2086 # lists of flags
+        "$CXX" -std=c++17 ${CXXFLAGS:-} $(pkg-config --cflags tarn-utils) "$consumer/$program.cpp" \
+            $(pkg-config --libs tarn-utils) -Wl,-rpath,"$libdir" -o "$work/$2-$program"
+        "$work/$2-$program"
+    done
+    unset PKG_CONFIG_PATH
 }

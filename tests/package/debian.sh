@@ -20,7 +20,7 @@ done > "$work/contents.txt"
 version=$(sed -n 's/^project(tarn VERSION \([^ ]*\).*/\1/p' "$source/CMakeLists.txt")
 sed "s/$version/VERSION/g" "$work/contents.txt" | diff -u "$here/debian.txt" -
 
-consume_installed "$root/usr"
+consume_installed "$root/usr" unpacked
 
 echo "== json2xml"
 export LD_LIBRARY_PATH="$root/usr/lib/x86_64-linux-gnu"
