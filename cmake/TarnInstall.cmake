@@ -19,6 +19,17 @@ if(TARGET tarn-framework)
 endif()
 install(EXPORT tarn-targets NAMESPACE tarn:: DESTINATION ${package_dir})
 
+# The guide, and beside it the examples that it links to.
+set(guide ${PROJECT_SOURCE_DIR}/docs/guide.md)
+set(doc_dir ${CMAKE_INSTALL_DATADIR}/doc/libtarn-utils-dev)
+set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS ${guide})
+file(READ ${guide} text)
+string(REPLACE "](../examples" "](examples" text "${text}")
+file(WRITE ${PROJECT_BINARY_DIR}/guide.md "${text}")
+install(FILES ${PROJECT_BINARY_DIR}/guide.md DESTINATION ${doc_dir})
+file(GLOB examples CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/examples/*.cpp)
+install(FILES ${examples} DESTINATION ${doc_dir}/examples)
+
 configure_package_config_file(${PROJECT_SOURCE_DIR}/cmake/tarnConfig.cmake.in
     ${PROJECT_BINARY_DIR}/tarnConfig.cmake INSTALL_DESTINATION ${package_dir})
 write_basic_package_version_file(${PROJECT_BINARY_DIR}/tarnConfigVersion.cmake
