@@ -1,4 +1,4 @@
-# What `cmake --install` puts where, and how others find it.
+# The installation rules, and the files by which CMake and pkg-config find what is installed.
 
 include(CMakePackageConfigHelpers)
 
@@ -8,11 +8,11 @@ set(package_dir ${CMAKE_INSTALL_LIBDIR}/cmake/tarn)
 install(TARGETS tarn-utils EXPORT tarn-targets FILE_SET HEADERS
     LIBRARY COMPONENT library NAMELINK_COMPONENT development)
 if(NOT BUILD_SHARED_LIBS)
-    # A static library leaves its base layer to the consumer's linker.
+    # A program that links the static library also links its base layer.
     install(TARGETS tarn-objects ${TARN_PLATFORM_TARGET} tarn-text EXPORT tarn-targets)
 endif()
 if(TARGET tarn-framework)
-    # In a directory of its own, beside which the real framework can be installed.
+    # In its own directory, so that it does not conflict with an installed CppMicroServices.
     set(framework_include_dir ${CMAKE_INSTALL_INCLUDEDIR}/tarn/framework)
     install(TARGETS tarn-framework EXPORT tarn-targets FILE_SET HEADERS
         DESTINATION ${framework_include_dir})
@@ -55,7 +55,7 @@ if(TARN_FRAMEWORK_TARGET STREQUAL "CppMicroServices")
 elseif(TARGET tarn-framework)
     set(pkg_config_cflags "-I\${includedir}/tarn/framework")
 endif()
-# From the directory of the .pc file up to the prefix, so that an installed tree can be moved.
+# The .pc file names the prefix relative to its own directory, so that an installed tree can be moved.
 file(RELATIVE_PATH pc_prefix_from_here /${CMAKE_INSTALL_LIBDIR}/pkgconfig /)
 configure_file(${PROJECT_SOURCE_DIR}/cmake/tarn-utils.pc.in ${PROJECT_BINARY_DIR}/tarn-utils.pc @ONLY)
 file(GENERATE OUTPUT ${PROJECT_BINARY_DIR}/pkgconfig/tarn-utils.pc

@@ -1,5 +1,5 @@
-# cpack reads this. What the library's package depends on is found here: where cpack finds it by itself,
-# it also adds scripts that call ldconfig, in place of which the package has a trigger.
+# cpack runs this to find what the library's package depends on. If cpack did that itself, it would also
+# add maintainer scripts that call ldconfig; the package has a trigger instead.
 
 set(work ${CPACK_TOPLEVEL_DIRECTORY}/shlibdeps)
 file(WRITE ${work}/debian/control "")

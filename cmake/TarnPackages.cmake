@@ -1,5 +1,5 @@
-# What `cpack` makes Debian packages of: the library, what its users build with, and json2xml.
-# scripts/package sets the build tree up for them.
+# Makes `cpack` build three Debian packages: the library, its development files, and json2xml.
+# scripts/package configures the build tree for them.
 
 # The changelog names the version, the packaging's revision and the maintainer.
 file(READ ${PROJECT_SOURCE_DIR}/cmake/debian/changelog changelog)

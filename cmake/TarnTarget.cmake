@@ -1,7 +1,7 @@
-# What every target of this project has in common.
+# The settings that all targets of this project share.
 
-# The toolchain's protections, in Release. Sanitizers have checks of their own, which these stand in
-# the way of, and their run-time libraries are linked late.
+# The toolchain's protections, in Release builds. They are off with sanitizers: fortified functions hide
+# errors from a sanitizer, and -z defs rejects its run-time library, which only the program links.
 option(TARN_HARDENING "Turn on the compiler's and the linker's protections in Release" ON)
 if(TARN_HARDENING AND NOT CMAKE_CXX_FLAGS MATCHES "-fsanitize")
     set(hardening_compile_options
@@ -20,7 +20,7 @@ function(tarn_target target)
     target_link_options(${target} PRIVATE "${hardening_link_options}")
 endfunction()
 
-# Compresses an installed file, when configuring.
+# tarn_gzip(<input> <output>) compresses a file that is installed, while CMake configures.
 function(tarn_gzip input output)
     execute_process(COMMAND gzip -9nc ${input} OUTPUT_FILE ${output} COMMAND_ERROR_IS_FATAL ANY)
     set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS ${input})

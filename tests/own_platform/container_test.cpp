@@ -1,5 +1,5 @@
-// How a bundle container uses the base layer: it brings a path into the native form, unless there
-// is none, and keeps the handles that the installer returns.
+// How a bundle container uses the base layer: it converts a path to the native form, unless the
+// path is empty, and keeps the handles that the installer returns.
 #include <tarn/services/BundleContainer.hpp>
 
 #include <iostream>

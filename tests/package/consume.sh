@@ -1,5 +1,5 @@
-# What the tests of an installed tree share. They set $work and $cmake, $CXX in the environment, and
-# $programs if the consumer is not to be built for the services.
+# Functions that the tests of an installed tree share. A test sets $work, $cmake and $CXX, and $programs
+# if it does not want all programs of the consumer.
 consumer=$(dirname "$0")/consumer
 : "${programs:=consumer services}"
 
@@ -14,8 +14,8 @@ build_and_run() {
     for program in $programs; do "$directory/$program"; done
 }
 
-# consume_installed PREFIX NAME builds and runs the consumer with the library in PREFIX and no other, in
-# directories of NAME.
+# consume_installed PREFIX NAME builds and runs the consumer with the library in PREFIX and no other. The
+# names of its files begin with NAME.
 consume_installed() {
     echo "== $2, with CMake"
     build_and_run "$work/$2-with-cmake" -DCMAKE_PREFIX_PATH="$1"

@@ -9,7 +9,7 @@ source=$1 build=$2 work=$3 cmake=$4
 rm -rf "$work"
 mkdir -p "$work"
 "$cmake" --install "$build" --prefix "$work/installed" > "$work/install.log"
-# What is installed must not depend on where it was installed to.
+# The installed files must not depend on their prefix.
 mv "$work/installed" "$work/moved"
 
 consume_installed "$work/moved" installed

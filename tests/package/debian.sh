@@ -1,7 +1,7 @@
 #!/bin/sh
 # Usage: debian.sh SOURCE_TREE WORK_DIRECTORY CMAKE
-# Makes the Debian packages, compares what they depend on and hold with debian.txt, unpacks them into an
-# empty root, builds and runs a consumer with what is there, and runs json2xml from there.
+# Makes the Debian packages and compares their dependencies and contents with debian.txt. Unpacks them
+# into an empty root, builds and runs a consumer with the library there, and runs json2xml from there.
 set -eu
 source=$1 work=$2 cmake=$3
 here=$(dirname "$0")

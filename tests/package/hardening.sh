@@ -1,7 +1,7 @@
 #!/bin/sh
 # Usage: hardening.sh FILE...
-# Fails unless the linked FILEs have what TARN_HARDENING asks for: addresses that are resolved at the
-# start and read-only afterwards, checks of the stack, no executable stack and no relocated code.
+# Fails unless the linked FILEs have the protections of TARN_HARDENING: addresses are resolved at the
+# start and read-only afterwards, the stack is checked and not executable, and code is not relocated.
 set -eu
 failed=""
 

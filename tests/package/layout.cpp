@@ -1,5 +1,6 @@
-// What a compiled caller knows of the library's classes beyond the exported symbols. Compiling this
-// file is the test; a change here is a change of the binary interface (docs/compatibility.md).
+// What compiled programs rely on besides the exported symbols: size and alignment of the classes,
+// and how they are copied and moved. Compiling this file is the test. A change here changes the
+// binary interface (docs/compatibility.md).
 
 #include <tarn/xml/XmlWriter.hpp>
 

@@ -1,4 +1,4 @@
-// As layout.cpp, for the services.
+// Like layout.cpp, for the services.
 
 #include <tarn/services/BundleContainer.hpp>
 #include <tarn/services/CrashDataService.hpp>

@@ -1,7 +1,7 @@
 #!/bin/sh
 # Usage: without_services.sh SOURCE_TREE WORK_DIRECTORY CMAKE CTEST
-# Builds and tests the library without its services, shared and static, where CMake and pkg-config find
-# none of what the services need; installs it, and builds and runs a consumer with it.
+# Builds the library without its services, shared and static, while what the services need cannot be
+# found. Runs the tests, installs the library, and builds and runs a consumer with it.
 set -eu
 source=$1 work=$2 cmake=$3 ctest=$4
 programs=consumer
@@ -9,7 +9,7 @@ programs=consumer
 
 rm -rf "$work"
 mkdir -p "$work"
-# pkg-config finds nothing but what a test adds.
+# pkg-config finds only what consume_installed adds, so not minizip.
 export PKG_CONFIG_LIBDIR="$work"
 absent="-DCMAKE_DISABLE_FIND_PACKAGE_RapidJSON=ON -DCMAKE_DISABLE_FIND_PACKAGE_CppMicroServices=ON"
 
@@ -27,7 +27,7 @@ build_and_install() {
 
 build_and_install shared
 "$ctest" --test-dir "$work/shared" --output-on-failure --no-tests=error
-# Only the tests need pkg-config, for libxml2.
+# The tests use pkg-config, to find libxml2. The library itself must not.
 build_and_install static -DBUILD_SHARED_LIBS=OFF -DTARN_BUILD_TESTS=OFF -DTARN_BUILD_EXAMPLES=OFF \
     -DCMAKE_DISABLE_FIND_PACKAGE_PkgConfig=ON
 

@@ -1,4 +1,4 @@
-// A program that uses the library as a stranger would.
+// A program that uses only the installed interface of the writer.
 #include <tarn/utils/num_to_string.hpp>
 #include <tarn/xml/XmlWriter.hpp>
 

@@ -1,4 +1,4 @@
-// A program that uses the services as a stranger would.
+// A program that uses only the installed interface of the services.
 #include <tarn/services/BundleContainer.hpp>
 #include <tarn/services/CrashDataService.hpp>
 

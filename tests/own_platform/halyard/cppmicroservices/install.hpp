@@ -7,7 +7,7 @@
 
 namespace halyard::cppmicroservices {
 
-/// Gives two handles that hold the path that it was called with.
+/// Returns two handles that hold the path of the call.
 std::vector<::cppmicroservices::Bundle>
 install(corda::filesystem::basic_path<char, char16_t,
                                       corda::filesystem::detail::path_traits<char, char16_t>>

@@ -4,7 +4,7 @@
 
 namespace corda::filesystem::detail {
 
-/// Puts a mark before the path, which shows that it was here and with which flag.
+/// Puts a mark before the path that shows the call and its flag.
 std::u16string make_native_form(const std::u16string& path, bool normalise);
 
 } // namespace corda::filesystem::detail
