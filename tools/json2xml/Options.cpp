@@ -71,7 +71,7 @@ Options parseOptions(int argumentCount, const char* const* arguments)
                    "if it fails, FILE stays as it was")
         ->type_name("FILE");
     app.add_option_function<std::string>(
-           "--max-depth", [&](const std::string& text) { options.maximumDepth = parseDepth(text); },
+           "--max-depth", [&](const std::string& text) { options.limits.depth = parseDepth(text); },
            "Refuse arrays and objects inside one another in more than\n"
            "N levels (1000 if left out; [] is one level, 1 is none)")
         ->type_name("N");

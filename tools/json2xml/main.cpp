@@ -70,11 +70,11 @@ void convertFile(const Options& options)
     const bool isReporting = options.showsProgress && ::isatty(STDERR_FILENO) == 1;
     JsonInput input(
         std::move(file), options.input == "-" ? "<stdin>" : options.input,
-        isReporting ? reportTo(progress) : [](std::uint64_t) {});
+        isReporting ? reportTo(progress) : [](std::uint64_t) {}, options.limits);
     OutputFile output(options.output);
     std::ostream stream(&output);
     stream.exceptions(std::ios::badbit); // lets the buffer's own exceptions through
-    convert(input, stream, options.maximumDepth);
+    convert(input, stream);
     output.commit();
 }
 

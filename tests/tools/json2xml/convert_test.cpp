@@ -200,22 +200,4 @@ TEST(Json2xml, SaysWhatIsWrongAndWhere)
     }
 }
 
-TEST(Json2xml, LimitsTheDepth)
-{
-    const auto nested = [](std::size_t depth) {
-        return std::string(depth, '[') + std::string(depth, ']');
-    };
-    EXPECT_EQ(run({}, nested(1000)).status, 0);
-    EXPECT_EQ(run({}, nested(1001)).error,
-              "json2xml: <stdin>:1:1001: nested deeper than 1000 levels (see --max-depth)\n");
-    EXPECT_EQ(run({"--max-depth", "1"}, "[1,[]]").error,
-              "json2xml: <stdin>:1:4: nested deeper than 1 levels (see --max-depth)\n");
-    EXPECT_EQ(run({"--max-depth", "1"}, "[[").status, 1);
-    EXPECT_EQ(run({"--max-depth", "2"}, "[{},{}]").error, "");
-    EXPECT_EQ(run({"--max-depth", "0"}, "1").error, "");
-    EXPECT_EQ(run({"--max-depth", "0"}, "{}").status, 1);
-    EXPECT_EQ(run({}, std::string(5'000'000, '[')).status, 1);
-    EXPECT_EQ(run({"--max-depth", "2500"}, nested(2500)).status, 0);
-}
-
 } // namespace
