@@ -70,12 +70,8 @@ TEST(Json2xmlLimits, StopsReadingAndNamesWhereATokenBegins)
         std::string repeated;
         std::string token;
     } cases[] = {
-        {"\"", "a", "string"},
-        {"\"", "\u00E9", "string"},
-        {"\"", R"(\\)", "string"},
-        {"{\"", "k", "string"},
-        {"-1.", "2", "number"},
-        {"", "1", "number"},
+        {"\"", "a", "string"},  {"\"", "\u00E9", "string"}, {"\"", R"(\\)", "string"},
+        {"{\"", "k", "string"}, {"-1.", "2", "number"},     {"", "1", "number"},
     };
     for (const auto& [start, repeated, token] : cases) {
         for (const std::size_t blanks : {std::size_t{0}, BLOCK_SIZE - 6, 2 * BLOCK_SIZE + 5}) {
@@ -86,9 +82,9 @@ TEST(Json2xmlLimits, StopsReadingAndNamesWhereATokenBegins)
                 json += repeated;
             }
             std::uint64_t bytesRead = 0;
-            EXPECT_EQ(problem(json, LIMITS, bytesRead),
-                      "input:2:" + std::to_string(column) + ": a " + token + " longer than " +
-                          std::to_string(LIMIT) + " bytes");
+            EXPECT_EQ(problem(json, LIMITS, bytesRead), "input:2:" + std::to_string(column) +
+                                                            ": a " + token + " longer than " +
+                                                            std::to_string(LIMIT) + " bytes");
             EXPECT_LE(bytesRead, blanks + 3 * LIMIT); // the buffer grows by doubling
         }
     }
