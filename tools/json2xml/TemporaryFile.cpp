@@ -102,6 +102,15 @@ std::filesystem::path followLinks(std::filesystem::path path)
     return path;
 }
 
+/// Makes a change of names in @p directory outlast a crash of the system, where that is possible.
+/// The file itself is complete and on disk, so a failure is no error.
+void syncDirectory(const std::filesystem::path& directory)
+{
+    const FileDescriptor descriptor(
+        ::open(directory.empty() ? "." : directory.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+    ::fsync(descriptor.get());
+}
+
 } // namespace
 
 TemporaryFile::TemporaryFile(const std::string& target, mode_t permissions)
@@ -128,6 +137,7 @@ void TemporaryFile::replaceTarget()
     }
     pathToRemove = nullptr;
     path.clear();
+    syncDirectory(std::filesystem::path(target).parent_path());
 }
 
 } // namespace json2xml
