@@ -1,4 +1,5 @@
 // How json2xml treats its command line, its files and its streams.
+#include "tools/json2xml/limits.hpp"
 #include "tools/json2xml/run_program.hpp"
 
 #include <chrono>
@@ -84,6 +85,13 @@ TEST(Json2xmlInvocation, PrintsHelpAndVersion)
     for (const std::string option :
          {"-o,--output FILE", "--max-depth N", "--progress", "--version"}) {
         EXPECT_THAT(run({"--help"}).output, HasSubstr(option));
+    }
+    constexpr json2xml::Limits LIMITS;
+    for (const std::string& limit :
+         {std::to_string(LIMITS.depth) + " if", std::to_string(LIMITS.stringSize) + " bytes",
+          std::to_string(LIMITS.numberSize) + " bytes"}) {
+        EXPECT_THAT(run({"--help"}).output, HasSubstr(limit));
+        EXPECT_THAT(readFile(JSON2XML_MANUAL), HasSubstr(limit));
     }
     EXPECT_THAT(run({"--version"}).output, MatchesRegex("json2xml [0-9]+\\.[0-9]+\\.[0-9]+\n"));
 }
