@@ -99,6 +99,14 @@ void JsonInput::failAt(Position position, const std::string& problem) const
                              std::to_string(position.column) + ": " + problem);
 }
 
+/// Throws if a number of which @p size bytes have been read is too large.
+void JsonInput::checkNumberSize(std::size_t size) const
+{
+    if (size > limitsOfInput.numberSize) {
+        refuseSize("number", limitsOfInput.numberSize);
+    }
+}
+
 void JsonInput::refuseSize(const char* token, std::size_t limit) const
 {
     failAt(tokenOffset < startOffset ? tokenPosition : positionAt(tokenOffset),

@@ -21,8 +21,8 @@ namespace json2xml {
 ///   and leaves one digit and blanks to the reader.
 /// - An escaped surrogate without a partner becomes `\uFFFD`.
 ///
-/// It also refuses a string or number that is larger than its limit while it reads it, before
-/// memory for the rest is allocated.
+/// A string or number that exceeds its limit is refused while it is read, before it takes much more
+/// memory than the limit allows.
 class JsonInput
 {
 public:
@@ -35,8 +35,8 @@ public:
     JsonInput(FileDescriptor descriptor, std::string name, BlockObserver onBlock,
               const Limits& limits);
 
-    /// The members that RapidJSON requires of an input stream. At the end they give NUL, however
-    /// often they are called.
+    /// The members that RapidJSON requires of an input stream. After the last byte they give NUL,
+    /// however often they are called.
     using Ch = char;
     Ch Peek() const { return *current; }
     Ch Take()
@@ -132,13 +132,7 @@ private:
             refuseSize("string", limitsOfInput.stringSize);
         }
     }
-    /// As above, for a number of which @p size bytes have been read.
-    void checkNumberSize(std::size_t size) const
-    {
-        if (size > limitsOfInput.numberSize) [[unlikely]] {
-            refuseSize("number", limitsOfInput.numberSize);
-        }
-    }
+    void checkNumberSize(std::size_t size) const;
     [[noreturn]] void refuseSize(const char* token, std::size_t limit) const;
 
     void skipByteOrderMark();
@@ -170,12 +164,12 @@ private:
     char* visibleEnd;
     /// The end of what has been read.
     char* readEnd;
-    /// All bytes have been read and are visible, with a NUL behind them.
+    /// All bytes have been read and are visible, with a NUL after them.
     bool ended = false;
 
     /// The first byte of the last token that skipToToken() met.
     std::size_t tokenOffset = 0;
-    /// Its line and column; meaningful only when it is in the buffer no more.
+    /// Its line and column, noted when it leaves the buffer.
     Position tokenPosition;
     /// That token is a string and the reader has not taken all of it.
     bool isInString = false;

@@ -16,10 +16,10 @@ namespace {
 
 constexpr auto NAME_TEMPLATE = ".json2xml-XXXXXX";
 
-/// The signals that do not end a process unless it asks for that, and the two that cannot be
-/// handled. All others, real-time signals included, end it.
-constexpr int HARMLESS_SIGNALS[] = {SIGKILL, SIGSTOP, SIGTSTP, SIGTTIN, SIGTTOU,
-                                    SIGCONT, SIGCHLD, SIGURG,  SIGWINCH};
+/// Signals that cannot be handled, that stop or continue a process, and that it ignores by default.
+/// All others, real-time signals included, end it by default.
+constexpr int UNHANDLED_SIGNALS[] = {SIGKILL, SIGSTOP, SIGTSTP, SIGTTIN, SIGTTOU,
+                                     SIGCONT, SIGCHLD, SIGURG,  SIGWINCH};
 
 /// The file that a signal removes before it ends the process.
 std::atomic<const char*> pathToRemove = nullptr;
@@ -35,12 +35,10 @@ extern "C" void removeAndDie(int signal)
     ::raise(signal);
 }
 
-/// Handles @p signal, unless the process already treats it in a way of its own.
+/// Handles @p signal, unless it is ignored or has another handler already.
 void handleFatalSignal(int signal)
 {
-    struct sigaction action
-    {
-    };
+    struct sigaction action = {};
     if (::sigaction(signal, nullptr, &action) != 0 || (action.sa_flags & SA_SIGINFO) != 0 ||
         action.sa_handler != SIG_DFL) {
         return;
@@ -54,7 +52,7 @@ void handleFatalSignal(int signal)
 void handleFatalSignals()
 {
     for (int signal = 1; signal <= SIGRTMAX; ++signal) {
-        if (std::ranges::find(HARMLESS_SIGNALS, signal) == std::end(HARMLESS_SIGNALS)) {
+        if (std::ranges::find(UNHANDLED_SIGNALS, signal) == std::end(UNHANDLED_SIGNALS)) {
             handleFatalSignal(signal);
         }
     }
@@ -78,10 +76,10 @@ private:
     sigset_t previous;
 };
 
-/// Makes the file that @p path, a template, is to name. No signal comes between the making of the
-/// file and the note of its path.
+/// Makes a file. A signal finds either no file or its path in `pathToRemove`.
 ///
-/// @param name how messages name it.
+/// @param path a template, which becomes the path.
+/// @param name how messages name the file.
 FileDescriptor create(std::string& path, const std::string& name)
 {
     handleFatalSignals();
@@ -118,7 +116,7 @@ TemporaryFile::TemporaryFile(const std::string& target, mode_t permissions)
       path(std::filesystem::path(this->target).replace_filename(NAME_TEMPLATE)),
       descriptor(create(path, name))
 {
-    // Not every file system has permissions to set.
+    // Not every file system has permissions, so a failure is no error.
     ::fchmod(descriptor.get(), permissions);
 }
 

@@ -1,4 +1,4 @@
-// How json2xml treats its command line, its files and its streams.
+// The command line, files, streams and signals of json2xml.
 #include "tools/json2xml/limits.hpp"
 #include "tools/json2xml/run_program.hpp"
 
@@ -53,7 +53,7 @@ TEST(Json2xmlInvocation, RefusesAWrongCommandLine)
         EXPECT_EQ(result.status, 2) << problem;
         EXPECT_THAT(result.error, MatchesRegex("json2xml: [^\n]+\n"));
         EXPECT_THAT(result.error, HasSubstr(problem));
-        EXPECT_EQ(result.output, "");
+        EXPECT_EQ(result.output, "") << problem;
     }
 }
 
@@ -117,7 +117,7 @@ TEST(Json2xmlInvocation, ReplacesTheOutputWhenItIsComplete)
     EXPECT_THAT(directory.names(), ElementsAre("file.xml", "link.xml"));
 }
 
-/// A json2xml that has written a part of `file.xml` and waits for more input.
+/// A run of json2xml that has written a part of `file.xml` and waits for more input.
 class UnfinishedRun
 {
 public:
@@ -161,7 +161,7 @@ private:
 
 TEST(Json2xmlInvocation, LeavesNothingBehindAfterASignal)
 {
-    // The sanitizers would handle some of these; and a core dump takes long.
+    // A core dump takes long. The options keep AddressSanitizer from handling some signals itself.
     const std::string setup =
         "ulimit -c 0; export "
         "ASAN_OPTIONS=handle_segv=0:handle_sigbus=0:handle_sigfpe=0:handle_sigill=0";
@@ -271,7 +271,7 @@ TEST(Json2xmlInvocation, WritesInPlaceWhatItMustNotReplace)
     EXPECT_EQ(text, ONE);
     EXPECT_TRUE(std::filesystem::is_fifo(pipe));
 
-    // What standard output writes already keeps what stands in it.
+    // A file that is standard output too is appended to.
     const std::string file = directory / "file.xml";
     EXPECT_EQ(run({}, "1", '>' + file).error, "");
     EXPECT_EQ(run({"-o", file}, "1", '>' + file).error, "");

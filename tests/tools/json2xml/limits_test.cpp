@@ -1,4 +1,4 @@
-// How json2xml keeps its limits.
+// The limits of json2xml: the depth, and the size of a string and a number.
 #include "tools/json2xml/convert.hpp"
 #include "tools/json2xml/run_program.hpp"
 
@@ -14,10 +14,12 @@ namespace {
 using namespace json2xml::test;
 using json2xml::Limits;
 
-/// What one block of the input holds.
+/// The number of bytes in a block of the input.
 constexpr std::size_t BLOCK_SIZE = 64 * 1024;
 
-/// What is wrong with @p json under @p limits; nothing if it is converted.
+/// Converts @p json. Returns the message if it is refused, else nothing.
+///
+/// @param bytesRead set to how much of it has been read.
 std::string problem(const std::string& json, const Limits& limits, std::uint64_t& bytesRead)
 {
     const Directory directory;
@@ -48,7 +50,7 @@ TEST(Json2xmlLimits, LimitsStringsAndNumbers)
         {"[123456, -123e5, -1.5e2, false]", ""},
         {"1234567", "1:1" + longNumber},
         {"[1,\n  -1.5e+2]", "2:3" + longNumber},
-        // Not a part of the token: what stands around it.
+        // White space around a token does not count.
         {"[\"abcd\"" + std::string(3 * BLOCK_SIZE, ' ') + ", 123456" +
              std::string(3 * BLOCK_SIZE, ' ') + "]",
          ""},

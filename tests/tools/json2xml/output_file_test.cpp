@@ -1,4 +1,4 @@
-// What json2xml's output file does when a system call fails or a signal comes.
+// The output file of json2xml when a system call fails or a signal comes at a bad time.
 #include "support/files.hpp"
 #include "tools/json2xml/OutputFile.hpp"
 
@@ -15,7 +15,8 @@
 
 namespace {
 
-/// The system calls that this program has in place of the C library's do this first.
+/// This program defines three functions of the C library itself, which fail or raise a signal if
+/// one of these is set.
 int errorOfClose = 0;
 int errorOfFsync = 0;
 int signalAfterMkostemp = 0;
@@ -59,7 +60,7 @@ using namespace tarn::tests;
 using testing::ElementsAre;
 using testing::IsEmpty;
 
-/// Replaces the file @p path; returns the error, or 0.
+/// Replaces the file @p path. Returns the error of the system call that failed, else 0.
 int replace(const std::string& path)
 {
     try {
