@@ -8,10 +8,12 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <string>
+#include <sys/stat.h>
 #include <sys/syscall.h>
 #include <system_error>
 #include <unistd.h>
 #include <utility>
+#include <vector>
 
 namespace {
 
@@ -20,6 +22,9 @@ namespace {
 int errorOfClose = 0;
 int errorOfFsync = 0;
 int signalAfterMkostemp = 0;
+
+/// What fsync() has been called for: `file` or `directory`.
+std::vector<std::string> synced;
 
 int failOnce(int& error)
 {
@@ -39,6 +44,9 @@ int close(int descriptor)
 
 int fsync(int descriptor)
 {
+    struct stat file = {};
+    ::fstat(descriptor, &file);
+    synced.push_back(S_ISDIR(file.st_mode) ? "directory" : "file");
     return errorOfFsync != 0 ? failOnce(errorOfFsync)
                              : static_cast<int>(::syscall(SYS_fsync, descriptor));
 }
@@ -96,6 +104,14 @@ TEST(OutputFile, KeepsTheOldFileIfTheNewOneCannotBeWrittenToDisk)
         EXPECT_EQ(readFile(directory / "file.xml"), reported == 0 ? "new" : "old");
         EXPECT_THAT(directory.names(), ElementsAre("file.xml"));
     }
+}
+
+TEST(OutputFile, WritesTheFileToDiskAndThenItsName)
+{
+    const Directory directory;
+    synced.clear();
+    EXPECT_EQ(replace(directory / "file.xml"), 0);
+    EXPECT_THAT(synced, ElementsAre("file", "directory"));
 }
 
 TEST(OutputFileDeathTest, RemovesTheFileIfASignalComesAsSoonAsItExists)
