@@ -14,13 +14,13 @@ namespace json2xml {
 
 namespace {
 
-/// Four hexadecimal digits after these begin a Unicode escape.
+/// A Unicode escape: these, then four hexadecimal digits.
 constexpr std::string_view UNICODE_ESCAPE_START = "\\u";
 constexpr std::size_t UNICODE_ESCAPE_SIZE = 6;
 constexpr std::size_t SHORT_ESCAPE_SIZE = 2;
 constexpr char REPLACEMENT_DIGITS[] = {'F', 'F', 'F', 'D'};
 
-/// The code unit of the Unicode escape that begins at @p first, if one does.
+/// The code unit that the Unicode escape at @p first stands for; nothing if none begins there.
 std::optional<char16_t> escapedCodeUnit(const char* first, const char* last)
 {
     if (!std::string_view(first, last).starts_with(UNICODE_ESCAPE_START) ||
@@ -39,9 +39,9 @@ bool isContinuationByte(char byte)
     return (static_cast<unsigned char>(byte) & 0xC0) == 0x80;
 }
 
-/// The length of the escape at @p first, once a surrogate without a partner has been replaced; for
-/// a surrogate pair, of both escapes.
-std::size_t pairSurrogates(char* first, const char* last)
+/// Replaces the escape at @p first if it is a surrogate without a partner. Returns the length of
+/// that escape; of both escapes if they are a surrogate pair.
+std::size_t replaceLoneSurrogate(char* first, const char* last)
 {
     const std::optional<char16_t> codeUnit = escapedCodeUnit(first, last);
     if (!codeUnit) {
@@ -60,9 +60,11 @@ std::size_t pairSurrogates(char* first, const char* last)
 
 } // namespace
 
-JsonInput::JsonInput(FileDescriptor descriptor, std::string name, BlockObserver onBlock)
+JsonInput::JsonInput(FileDescriptor descriptor, std::string name, BlockObserver onBlock,
+                     const Limits& limits)
     : descriptor(std::move(descriptor)), name(std::move(name)), onBlock(std::move(onBlock)),
-      buffer(BLOCK_SIZE + 1), current(buffer.data()), visibleEnd(current), readEnd(current)
+      limitsOfInput(limits), buffer(BLOCK_SIZE + 1), current(buffer.data()), visibleEnd(current),
+      readEnd(current)
 {
     continueAtEnd();
     skipByteOrderMark();
@@ -83,10 +85,32 @@ std::string JsonInput::describeByte(std::size_t offset) const
 
 void JsonInput::fail(std::size_t offset, const std::string& problem) const
 {
-    const Position position =
-        advance(startPosition, buffer.data(), buffer.data() + (offset - startOffset));
+    failAt(positionAt(offset), problem);
+}
+
+JsonInput::Position JsonInput::positionAt(std::size_t offset) const
+{
+    return advance(startPosition, buffer.data(), buffer.data() + (offset - startOffset));
+}
+
+void JsonInput::failAt(Position position, const std::string& problem) const
+{
     throw std::runtime_error(name + ':' + std::to_string(position.line) + ':' +
                              std::to_string(position.column) + ": " + problem);
+}
+
+/// Throws if a number of which @p size bytes have been read is too large.
+void JsonInput::checkNumberSize(std::size_t size) const
+{
+    if (size > limitsOfInput.numberSize) {
+        refuseSize("number", limitsOfInput.numberSize);
+    }
+}
+
+void JsonInput::refuseSize(const char* token, std::size_t limit) const
+{
+    failAt(tokenOffset < startOffset ? tokenPosition : positionAt(tokenOffset),
+           std::string("a ") + token + " longer than " + std::to_string(limit) + " bytes");
 }
 
 JsonInput::Position JsonInput::advance(Position position, const char* first, const char* last)
@@ -117,7 +141,7 @@ void JsonInput::skipByteOrderMark()
     }
 }
 
-/// Restores what is promised of `current` after it has moved.
+/// Reads on if `current` has reached what the reader may see.
 void JsonInput::continueAtEnd()
 {
     current = std::min(current, visibleEnd);
@@ -126,9 +150,12 @@ void JsonInput::continueAtEnd()
     }
 }
 
-/// Reads once and shows what the reader may see of it.
+/// Reads once and moves `visibleEnd`.
 void JsonInput::showMore()
 {
+    if (isInString) {
+        checkStringSize();
+    }
     dropUsed();
     readBlock();
     revealEscapes();
@@ -141,7 +168,12 @@ void JsonInput::dropUsed()
     if (used > LOOK_BEHIND) {
         char* const start = buffer.data();
         const std::size_t dropped = used - LOOK_BEHIND;
-        startPosition = advance(startPosition, start, start + dropped);
+        const char* counted = start;
+        if (tokenOffset >= startOffset && tokenOffset < startOffset + dropped) {
+            counted = start + (tokenOffset - startOffset);
+            tokenPosition = startPosition = advance(startPosition, start, counted);
+        }
+        startPosition = advance(startPosition, counted, start + dropped);
         startOffset += dropped;
         std::copy(start + dropped, readEnd, start);
         current -= dropped;
@@ -172,8 +204,8 @@ void JsonInput::readBlock()
     onBlock(startOffset + indexOf(readEnd));
 }
 
-/// Moves `visibleEnd` to the end of what has been read, or before an escape that may go on behind
-/// it.
+/// Moves `visibleEnd` to the end of what has been read, or to an escape of which a part may not
+/// have been read yet.
 void JsonInput::revealEscapes()
 {
     char* escape = visibleEnd;
@@ -181,24 +213,34 @@ void JsonInput::revealEscapes()
         if (!ended && readEnd - escape < static_cast<std::ptrdiff_t>(2 * UNICODE_ESCAPE_SIZE)) {
             break;
         }
-        escape += pairSurrogates(escape, readEnd);
+        escape += replaceLoneSurrogate(escape, readEnd);
         escape = std::min(escape, readEnd);
     }
     visibleEnd = escape;
     *readEnd = '\0';
 }
 
-/// The byte @p distance behind the current one, which has been reached byte by byte; NUL at the
-/// end.
-char JsonInput::peekAhead(std::size_t distance)
+/// Reads on until the byte after the first @p size bytes of a number is visible, or to the end.
+void JsonInput::showMoreOfNumber(std::size_t size)
 {
-    while (current + distance >= visibleEnd && !ended) {
+    while (current + size >= visibleEnd && !ended) {
+        checkNumberSize(size);
         showMore();
+    }
+}
+
+/// The byte of a number that is @p distance after the current one, or NUL at the end. All bytes
+/// between the two must have been peeked at.
+inline char JsonInput::peekAhead(std::size_t distance)
+{
+    if (current + distance >= visibleEnd) [[unlikely]] {
+        showMoreOfNumber(distance);
     }
     return current[distance];
 }
 
-/// Goes past one digit or more, from @p distance behind the current byte.
+/// Reads one digit or more, the first of them @p distance after the current byte. Returns the
+/// distance of the byte after the last digit.
 std::size_t JsonInput::passDigits(std::size_t distance)
 {
     if (!isDigit(peekAhead(distance))) {
@@ -225,6 +267,7 @@ void JsonInput::captureNumber()
         }
         size = passDigits(size);
     }
+    checkNumberSize(size);
     numberText.assign(current, current + size);
     std::fill(current + signSize + 1, current + size, ' ');
 }

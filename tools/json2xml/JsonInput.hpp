@@ -2,6 +2,7 @@
 #pragma once
 
 #include "tools/json2xml/FileDescriptor.hpp"
+#include "tools/json2xml/limits.hpp"
 
 #include <cstddef>
 #include <cstdint>
@@ -14,11 +15,14 @@ namespace json2xml {
 
 /// Reads a file descriptor block by block and keeps count of lines and columns.
 ///
-/// It also takes from RapidJSON's reader the two things that the reader refuses although they are
-/// JSON, both by rewriting bytes in place so that the reader's positions stay right:
-/// - a number that a `double` cannot hold. The stream checks and keeps the text of every number
-///   when a token begins and leaves to the reader a number of one digit and blanks;
-/// - an escaped surrogate without a partner, which becomes `\uFFFD`.
+/// RapidJSON's reader refuses two things although they are JSON. The input rewrites them in place,
+/// so that the reader's positions stay right:
+/// - A `double` cannot hold every number. So the input checks each number itself, keeps its text,
+///   and leaves one digit and blanks to the reader.
+/// - An escaped surrogate without a partner becomes `\uFFFD`.
+///
+/// A string or number that exceeds its limit is refused while it is read, before it takes much more
+/// memory than the limit allows.
 class JsonInput
 {
 public:
@@ -28,9 +32,11 @@ public:
     /// Reads the first block; skips a byte order mark.
     ///
     /// @param name how messages name the input.
-    JsonInput(FileDescriptor descriptor, std::string name, BlockObserver onBlock);
+    JsonInput(FileDescriptor descriptor, std::string name, BlockObserver onBlock,
+              const Limits& limits);
 
-    /// What RapidJSON asks of an input stream. The end is a NUL that can be taken for ever.
+    /// The members that RapidJSON requires of an input stream. After the last byte they give NUL,
+    /// however often they are called.
     using Ch = char;
     Ch Peek() const { return *current; }
     Ch Take()
@@ -43,7 +49,7 @@ public:
     }
     std::size_t Tell() const { return startOffset + indexOf(current); }
 
-    /// The part of RapidJSON's stream concept that only a stream parsed in place has; never called.
+    /// RapidJSON requires these too, but calls them only when it parses in place.
     Ch* PutBegin() { return nullptr; }
     void Put(Ch) {}
     std::size_t PutEnd(Ch*) { return 0; }
@@ -55,6 +61,8 @@ public:
         while (isWhiteSpace(*current)) {
             Take();
         }
+        tokenOffset = Tell();
+        isInString = *current == '"';
         if (isDigit(*current) || *current == '-') {
             captureNumber();
         }
@@ -62,6 +70,15 @@ public:
 
     /// The text of the last number that skipToToken() met.
     const std::u16string& number() const { return numberText; }
+
+    /// To be called when the reader has taken all of a string. Throws if it is too large.
+    void endString()
+    {
+        checkStringSize();
+        isInString = false;
+    }
+
+    const Limits& limits() const { return limitsOfInput; }
 
     /// Whether the input ends at @p offset.
     bool isEnd(std::size_t offset) const
@@ -72,7 +89,7 @@ public:
     /// The byte at @p offset, which is at most LOOK_BEHIND before the current one; NUL at the end.
     char byteAt(std::size_t offset) const { return buffer[offset - startOffset]; }
 
-    /// That byte for people: `'x'`, `byte 0xNN` or `the end of the input`.
+    /// That byte as messages show it: `'x'`, `byte 0xNN` or `the end of the input`.
     std::string describeByte(std::size_t offset) const;
 
     /// Throws an error whose text is `NAME:LINE:COLUMN: problem`. Lines and columns count from 1,
@@ -82,11 +99,11 @@ public:
 private:
     static constexpr std::size_t BLOCK_SIZE = 64 * 1024;
 
-    /// The reader reports an error this many bytes before the current one at most: where a Unicode
-    /// escape begins.
+    /// How many bytes before the current one are kept. The reader reports a fault in an escape
+    /// sequence where the sequence begins, and no other fault further back.
     static constexpr std::size_t LOOK_BEHIND = 6;
 
-    /// Where a byte stands; both count from 1.
+    /// The line and column of a byte; both count from 1.
     struct Position
     {
         std::uint64_t line = 1;
@@ -104,6 +121,19 @@ private:
     }
 
     static Position advance(Position position, const char* first, const char* last);
+    Position positionAt(std::size_t offset) const;
+    [[noreturn]] void failAt(Position position, const std::string& problem) const;
+
+    /// Throws if the string that is being read is too large.
+    void checkStringSize() const
+    {
+        constexpr std::size_t QUOTATION_MARKS = 2;
+        if (Tell() - tokenOffset > limitsOfInput.stringSize + QUOTATION_MARKS) [[unlikely]] {
+            refuseSize("string", limitsOfInput.stringSize);
+        }
+    }
+    void checkNumberSize(std::size_t size) const;
+    [[noreturn]] void refuseSize(const char* token, std::size_t limit) const;
 
     void skipByteOrderMark();
     void continueAtEnd();
@@ -111,6 +141,7 @@ private:
     void dropUsed();
     void readBlock();
     void revealEscapes();
+    void showMoreOfNumber(std::size_t size);
     char peekAhead(std::size_t distance);
     std::size_t passDigits(std::size_t distance);
     void captureNumber();
@@ -118,22 +149,30 @@ private:
     FileDescriptor descriptor;
     std::string name;
     BlockObserver onBlock;
+    const Limits limitsOfInput;
 
-    /// Bytes that have been taken lately, then those to come. One byte longer than what is read
-    /// into it, for the NUL at the end.
+    /// The bytes taken last, then those to come. One byte is never read into: it is for the NUL at
+    /// the end.
     std::vector<char> buffer;
-    /// The offset in the input and the place of the buffer's first byte.
+    /// The buffer's first byte: its offset in the input, its line and column.
     std::size_t startOffset = 0;
     Position startPosition;
 
-    /// The next byte. Before the end of the input it lies before visibleEnd.
+    /// The next byte. It is before visibleEnd, except at the end of the input.
     char* current;
-    /// The end of what the reader may see; behind it may stand the beginning of an escape.
+    /// The end of what the reader may see. The beginning of an escape sequence may follow it.
     char* visibleEnd;
     /// The end of what has been read.
     char* readEnd;
-    /// All bytes have been read and are visible, with a NUL behind them.
+    /// All bytes have been read and are visible, with a NUL after them.
     bool ended = false;
+
+    /// The first byte of the last token that skipToToken() met.
+    std::size_t tokenOffset = 0;
+    /// Its line and column, noted when it leaves the buffer.
+    Position tokenPosition;
+    /// That token is a string and the reader has not taken all of it.
+    bool isInString = false;
 
     std::u16string numberText;
 };

@@ -1,23 +1,22 @@
 // Options: what the command line asks for.
 #pragma once
 
-#include <cstddef>
+#include "tools/json2xml/limits.hpp"
+
 #include <stdexcept>
 #include <string>
 
 namespace json2xml {
-
-constexpr std::size_t DEFAULT_MAXIMUM_DEPTH = 1000;
 
 struct Options
 {
     /// Paths; `-` for standard input and standard output.
     std::string input = "-";
     std::string output = "-";
-    std::size_t maximumDepth = DEFAULT_MAXIMUM_DEPTH;
+    Limits limits;
     bool showsProgress = false;
 
-    /// What to print instead of converting anything: the help or the version.
+    /// The help or the version, to be printed instead of a conversion; else empty.
     std::string information;
 };
 

@@ -37,6 +37,9 @@ OutputFile::OutputFile(const std::string& path)
 
 void OutputFile::commit()
 {
+    if (temporary) {
+        writeToDisk();
+    }
     if (::close(descriptor.release()) != 0) {
         throwSystemError(name);
     }
@@ -67,7 +70,19 @@ std::streamsize OutputFile::xsputn(const char* bytes, std::streamsize count)
     return count;
 }
 
-/// A descriptor for writing, or none and the error in `errno`.
+/// Not every file system can do this on demand; that is no error.
+void OutputFile::writeToDisk()
+{
+    int result;
+    do {
+        result = ::fsync(descriptor.get());
+    } while (result != 0 && errno == EINTR);
+    if (result != 0 && errno != EINVAL && errno != ENOTSUP) {
+        throwSystemError(name);
+    }
+}
+
+/// A descriptor for writing; on failure an empty one, with the error in `errno`.
 FileDescriptor OutputFile::open(const std::string& path)
 {
     struct stat existing;

@@ -12,17 +12,22 @@ namespace json2xml {
 
 /// Writes standard output, or a file that takes its name only when it is complete.
 ///
-/// Each piece of text is written at once, since the writer hands on large ones. An error is thrown
-/// as a `std::system_error` whose text is `OUTPUT: what is wrong`.
+/// There is no buffer, since the writer passes on large pieces of text. An error is thrown as a
+/// `std::system_error` whose text is `OUTPUT: what is wrong`.
 class OutputFile : public std::streambuf
 {
 public:
-    /// @param path the file to write, or `-` for standard output. What is no regular file, or is
-    ///        what standard output writes already, is written in place. A file that is replaced
-    ///        passes on its permissions.
+    /// A file that is no regular file, or that standard output already writes, is written in place.
+    /// Another one is replaced by a new file, which has its permissions. But the new file belongs
+    /// to the user who runs the program, other hard links still lead to the old file, and extended
+    /// attributes and access control lists are lost.
+    ///
+    /// @param path the file to write, or `-` for standard output.
     explicit OutputFile(const std::string& path);
 
-    /// Closes the output and gives the file its name. Without this call no file is left behind.
+    /// Closes the output. A new file is first written to disk, then gets its name, so that a crash
+    /// of the system leaves the old file or the complete new one. Without this call the new file
+    /// is removed.
     void commit();
 
 protected:
@@ -31,6 +36,7 @@ protected:
 
 private:
     FileDescriptor open(const std::string& path);
+    void writeToDisk();
 
     /// How messages name the output.
     std::string name;

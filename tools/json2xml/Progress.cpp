@@ -21,7 +21,7 @@ constexpr std::string_view ERASE_LINE = "\r\033[K";
 
 std::string bar(std::uint64_t done, std::uint64_t total)
 {
-    // The input can have grown, or be empty.
+    // The input can have grown since its size was read, and it can be empty.
     const double part =
         total == 0 ? 1 : std::min(1.0, static_cast<double>(done) / static_cast<double>(total));
     const auto filled = static_cast<std::size_t>(part * BAR_WIDTH);
@@ -54,7 +54,7 @@ void Progress::report(std::uint64_t bytesRead, Clock::time_point now)
                     : std::to_string(bytesRead / BYTES_PER_MEGABYTE) + " MB read");
 }
 
-/// A terminal that cannot be written does not stop the conversion.
+/// Ignores errors: the conversion goes on without the line.
 void Progress::show(const std::string& line)
 {
     const std::string text = std::string(ERASE_LINE) + line;

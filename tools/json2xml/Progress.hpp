@@ -13,7 +13,7 @@ class Progress
 public:
     using Clock = std::chrono::steady_clock;
 
-    /// @param terminal the descriptor to write.
+    /// @param terminal the descriptor of the terminal.
     /// @param totalBytes the size of the input, if that is known.
     /// @param start the time when the conversion begins.
     Progress(int terminal, std::optional<std::uint64_t> totalBytes, Clock::time_point start);
@@ -24,7 +24,7 @@ public:
     /// Erases the line.
     ~Progress();
 
-    /// Brings the line up to date, if it is time to.
+    /// Updates the line, unless the last update was a moment ago.
     void report(std::uint64_t bytesRead, Clock::time_point now);
 
 private:

@@ -1,11 +1,13 @@
 #include "tools/json2xml/TemporaryFile.hpp"
 
+#include <algorithm>
 #include <atomic>
 #include <csignal>
 #include <cstdio>
 #include <cstdlib>
 #include <fcntl.h>
 #include <filesystem>
+#include <iterator>
 #include <sys/stat.h>
 
 namespace json2xml {
@@ -13,29 +15,81 @@ namespace json2xml {
 namespace {
 
 constexpr auto NAME_TEMPLATE = ".json2xml-XXXXXX";
-constexpr int FATAL_SIGNALS[] = {SIGHUP, SIGINT, SIGTERM};
 
-/// What a fatal signal removes.
+/// Signals that cannot be handled, that stop or continue a process, and that it ignores by default.
+/// All others, real-time signals included, end it by default.
+constexpr int UNHANDLED_SIGNALS[] = {SIGKILL, SIGSTOP, SIGTSTP, SIGTTIN, SIGTTOU,
+                                     SIGCONT, SIGCHLD, SIGURG,  SIGWINCH};
+
+/// The file that a signal removes before it ends the process.
 std::atomic<const char*> pathToRemove = nullptr;
 static_assert(std::atomic<const char*>::is_always_lock_free);
 
+/// Calls only what a signal handler may call.
 extern "C" void removeAndDie(int signal)
 {
     if (const char* const path = pathToRemove) {
         ::unlink(path);
     }
-    std::signal(signal, SIG_DFL);
-    std::raise(signal);
+    // The signal has its default action again, which takes effect when this function returns.
+    ::raise(signal);
 }
 
-/// A signal that the caller has chosen to ignore stays ignored.
+/// Handles @p signal, unless it is ignored or has another handler already.
+void handleFatalSignal(int signal)
+{
+    struct sigaction action = {};
+    if (::sigaction(signal, nullptr, &action) != 0 || (action.sa_flags & SA_SIGINFO) != 0 ||
+        action.sa_handler != SIG_DFL) {
+        return;
+    }
+    action.sa_handler = removeAndDie;
+    action.sa_flags = static_cast<int>(SA_RESETHAND);
+    ::sigfillset(&action.sa_mask);
+    ::sigaction(signal, &action, nullptr);
+}
+
 void handleFatalSignals()
 {
-    for (const int signal : FATAL_SIGNALS) {
-        if (std::signal(signal, removeAndDie) == SIG_IGN) {
-            std::signal(signal, SIG_IGN);
+    for (int signal = 1; signal <= SIGRTMAX; ++signal) {
+        if (std::ranges::find(UNHANDLED_SIGNALS, signal) == std::end(UNHANDLED_SIGNALS)) {
+            handleFatalSignal(signal);
         }
     }
+}
+
+/// Delays every signal for its lifetime.
+class SignalBlock
+{
+public:
+    SignalBlock()
+    {
+        sigset_t all;
+        ::sigfillset(&all);
+        ::sigprocmask(SIG_SETMASK, &all, &previous);
+    }
+    SignalBlock(const SignalBlock&) = delete;
+    SignalBlock& operator=(const SignalBlock&) = delete;
+    ~SignalBlock() { ::sigprocmask(SIG_SETMASK, &previous, nullptr); }
+
+private:
+    sigset_t previous;
+};
+
+/// Makes a file. A signal finds either no file or its path in `pathToRemove`.
+///
+/// @param path a template, which becomes the path.
+/// @param name how messages name the file.
+FileDescriptor create(std::string& path, const std::string& name)
+{
+    handleFatalSignals();
+    const SignalBlock block;
+    FileDescriptor descriptor(::mkostemp(path.data(), O_CLOEXEC));
+    if (descriptor.get() < 0) {
+        throwSystemError(name);
+    }
+    pathToRemove = path.c_str();
+    return descriptor;
 }
 
 std::filesystem::path followLinks(std::filesystem::path path)
@@ -46,19 +100,23 @@ std::filesystem::path followLinks(std::filesystem::path path)
     return path;
 }
 
+/// Makes a change of names in @p directory outlast a crash of the system, where that is possible.
+/// The file itself is complete and on disk, so a failure is no error.
+void syncDirectory(const std::filesystem::path& directory)
+{
+    const FileDescriptor descriptor(
+        ::open(directory.empty() ? "." : directory.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+    ::fsync(descriptor.get());
+}
+
 } // namespace
 
 TemporaryFile::TemporaryFile(const std::string& target, mode_t permissions)
     : name(target), target(followLinks(target)),
       path(std::filesystem::path(this->target).replace_filename(NAME_TEMPLATE)),
-      descriptor(::mkostemp(path.data(), O_CLOEXEC))
+      descriptor(create(path, name))
 {
-    if (descriptor.get() < 0) {
-        throwSystemError(name);
-    }
-    pathToRemove = path.c_str();
-    handleFatalSignals();
-    // Not every file system has permissions to set.
+    // Not every file system has permissions, so a failure is no error.
     ::fchmod(descriptor.get(), permissions);
 }
 
@@ -77,6 +135,7 @@ void TemporaryFile::replaceTarget()
     }
     pathToRemove = nullptr;
     path.clear();
+    syncDirectory(std::filesystem::path(target).parent_path());
 }
 
 } // namespace json2xml

@@ -8,11 +8,15 @@
 
 namespace json2xml {
 
-/// An empty file beside the one that it is to replace, removed unless it does so; by a fatal signal
-/// too. There is at most one at a time.
+/// An empty file in the directory of the one that it is to replace. If it does not replace that one
+/// it is removed: by the destructor, or by a signal that ends the process. Only SIGKILL, which no
+/// process can handle, leaves it behind. There is at most one such file at a time.
 class TemporaryFile
 {
 public:
+    /// Makes the file, and from then on handles signals; one that the process ignores stays
+    /// ignored.
+    ///
     /// @param target the file to replace, which need not exist. A symbolic link is followed.
     /// @param permissions those of the new file.
     TemporaryFile(const std::string& target, mode_t permissions);
@@ -25,7 +29,8 @@ public:
     /// Hands over the descriptor for writing the file.
     FileDescriptor takeDescriptor() { return std::move(descriptor); }
 
-    /// Gives the file the target's name.
+    /// Gives the file the target's name. What has been written should be on disk before: else a
+    /// crash of the system may leave an empty file under that name.
     void replaceTarget();
 
 private:

@@ -1,8 +1,11 @@
 #include "tools/json2xml/XmlHandler.hpp"
 
 #include <algorithm>
+#include <limits>
 
 namespace json2xml {
+
+static_assert(Limits().stringSize < std::numeric_limits<rapidjson::SizeType>::max());
 
 namespace {
 
@@ -26,14 +29,14 @@ const std::u16string TAB_REFERENCE = u"&#9;";
 const std::u16string LINE_FEED_REFERENCE = u"&#10;";
 const std::u16string CARRIAGE_RETURN_REFERENCE = u"&#13;";
 
-/// What a parser would turn into other white space.
+/// The white space that a parser turns into other white space.
 const std::u16string NORMALISED_IN_CONTENT = u"\r";
 const std::u16string NORMALISED_IN_ATTRIBUTE = u"\t\n\r";
 
 constexpr char16_t REPLACEMENT_CHARACTER = 0xFFFD;
 
-/// Whether @p unit is a control character or one of the two noncharacters that XML 1.0 leaves out.
-/// Surrogates come in pairs from the reader.
+/// Whether @p unit is a control character, U+FFFE or U+FFFF. XML 1.0 allows of these only three:
+/// white space. It does not allow lone surrogates either, but the input has replaced those.
 bool isSpecial(char16_t unit)
 {
     return unit < 0x20 || unit > 0xFFFD;
@@ -44,7 +47,7 @@ bool isNotInXml(char16_t unit)
     return isSpecial(unit) && unit != u'\t' && unit != u'\n' && unit != u'\r';
 }
 
-/// Looks at all of @p text, without a way out before its end, which makes vector code.
+/// No early exit, so that the compiler can vectorise the loop.
 bool hasSpecial(const std::u16string& text)
 {
     bool found = false;
@@ -68,8 +71,7 @@ const std::u16string& reference(char16_t whiteSpace)
 
 } // namespace
 
-XmlHandler::XmlHandler(JsonInput& input, std::ostream& output, std::size_t maximumDepth)
-    : input(input), writer(output), maximumDepth(maximumDepth)
+XmlHandler::XmlHandler(JsonInput& input, std::ostream& output) : input(input), writer(output)
 {
     writer.writeStartDocument();
     writer.registerDefaultNamespace(NAMESPACE);
@@ -99,6 +101,7 @@ bool XmlHandler::Uint(unsigned)
 
 bool XmlHandler::String(const char16_t* characters, rapidjson::SizeType length, bool)
 {
+    input.endString();
     text.assign(characters, length);
     startElement(STRING);
     writer.writeStartElementClose();
@@ -114,6 +117,7 @@ bool XmlHandler::StartObject()
 
 bool XmlHandler::Key(const char16_t* characters, rapidjson::SizeType length, bool)
 {
+    input.endString();
     key.assign(characters, length);
     hasKey = true;
     return true;
@@ -162,9 +166,9 @@ bool XmlHandler::writeSimple(const std::u16string& name, const std::u16string& p
 
 bool XmlHandler::startContainer(const std::u16string& name)
 {
-    if (depth == maximumDepth) {
-        input.fail(input.Tell(), "nested deeper than " + std::to_string(maximumDepth) +
-                                     " levels (see --max-depth)");
+    if (const std::size_t limit = input.limits().depth; depth == limit) {
+        input.fail(input.Tell(),
+                   "nested deeper than " + std::to_string(limit) + " levels (see --max-depth)");
     }
     ++depth;
     startElement(name);

@@ -13,16 +13,15 @@
 
 namespace json2xml {
 
-/// Strings come as UTF-16; numbers as one digit, their text being in the input.
+/// Strings come as UTF-16. A number comes as its first digit; the input keeps its text.
 class XmlHandler : public rapidjson::BaseReaderHandler<rapidjson::UTF16<char16_t>, XmlHandler>
 {
 public:
     /// Writes the XML declaration.
     ///
-    /// @param input the input that the reader reads; gives the texts of numbers, and the place of
-    ///        a value that is nested too deep.
-    /// @param maximumDepth how many arrays and objects may be open at a time.
-    XmlHandler(JsonInput& input, std::ostream& output, std::size_t maximumDepth);
+    /// @param input the input that the reader reads. It knows the texts of numbers, the position
+    ///        that a message names, and the limits.
+    XmlHandler(JsonInput& input, std::ostream& output);
 
     bool Null();
     bool Bool(bool isTrue);
@@ -44,23 +43,23 @@ private:
     bool startContainer(const std::u16string& name);
     bool endContainer();
 
-    /// Writes @p text, in which it replaces what XML 1.0 does not allow, as content or into the
-    /// open attribute value. A parser gives it back unchanged.
+    /// Replaces in @p text what XML 1.0 does not allow and writes it, as content or into the open
+    /// attribute value, so that a parser reads the same text back.
     ///
-    /// @param normalised the white space that a parser would change at this place.
+    /// @param normalised the white space that a parser would change here.
     void writeText(std::u16string& text, const std::u16string& normalised);
     void writeInPieces(const std::u16string& text, const std::u16string& normalised);
 
     JsonInput& input;
     tarn::utils::XmlWriter writer;
-    const std::size_t maximumDepth;
+    /// How many arrays and objects are open.
     std::size_t depth = 0;
 
-    /// The key of the value that comes next, if that is an object's member.
+    /// The key of the next value, if that is an object's member.
     std::u16string key;
     bool hasKey = false;
 
-    /// Members for the sake of their memory: a string value, and a piece of one.
+    /// A string value, and a piece of one. They are members so that their memory is used again.
     std::u16string text;
     std::u16string piece;
 };

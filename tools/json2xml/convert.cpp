@@ -9,8 +9,8 @@ namespace json2xml {
 
 namespace {
 
-/// Iterative, so that nesting costs no call stack. Changing the encoding validates it; the flag
-/// says that this is wanted.
+/// Iterative, since a recursive parser could run out of call stack. Without the second flag the
+/// reader would trust the input to be UTF-8.
 constexpr unsigned PARSE_FLAGS =
     rapidjson::kParseIterativeFlag | rapidjson::kParseValidateEncodingFlag;
 
@@ -26,7 +26,7 @@ std::string describeFaultInString(const JsonInput& input, std::size_t offset)
                                      : "unknown escape sequence";
 }
 
-/// Whether the byte before @p offset belongs to a literal, be it a wrong one.
+/// Whether the byte before @p offset belongs to `true`, `false` or `null`, or to a misspelt one.
 bool isInLiteral(const JsonInput& input, std::size_t offset)
 {
     return offset > 0 && input.byteAt(offset - 1) >= 'a' && input.byteAt(offset - 1) <= 'z';
@@ -64,15 +64,15 @@ std::string describe(rapidjson::ParseErrorCode code, const JsonInput& input, std
 
 } // namespace
 
-void convert(JsonInput& input, std::ostream& output, std::size_t maximumDepth)
+void convert(JsonInput& input, std::ostream& output)
 {
-    XmlHandler handler(input, output, maximumDepth);
+    XmlHandler handler(input, output);
     Reader reader;
     const rapidjson::ParseResult result = reader.Parse<PARSE_FLAGS>(input, handler);
     if (result.IsError()) {
         input.fail(result.Offset(), describe(result.Code(), input, result.Offset()));
     }
-    // The reader takes a NUL for the end.
+    // The reader takes every NUL for the end.
     if (const std::size_t offset = input.Tell(); !input.isEnd(offset)) {
         input.fail(offset, describe(rapidjson::kParseErrorDocumentRootNotSingular, input, offset));
     }

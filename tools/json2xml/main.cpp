@@ -39,7 +39,7 @@ FileDescriptor openInput(const std::string& path)
     return input;
 }
 
-/// The size of a regular file; nothing else has one beforehand.
+/// The size of a regular file. The size of a pipe or a terminal is not known.
 std::optional<std::uint64_t> sizeOf(const FileDescriptor& input)
 {
     struct stat file;
@@ -70,11 +70,11 @@ void convertFile(const Options& options)
     const bool isReporting = options.showsProgress && ::isatty(STDERR_FILENO) == 1;
     JsonInput input(
         std::move(file), options.input == "-" ? "<stdin>" : options.input,
-        isReporting ? reportTo(progress) : [](std::uint64_t) {});
+        isReporting ? reportTo(progress) : [](std::uint64_t) {}, options.limits);
     OutputFile output(options.output);
     std::ostream stream(&output);
-    stream.exceptions(std::ios::badbit); // lets the buffer's own exceptions through
-    convert(input, stream, options.maximumDepth);
+    stream.exceptions(std::ios::badbit); // else the stream would swallow the buffer's exceptions
+    convert(input, stream);
     output.commit();
 }
 
@@ -91,7 +91,7 @@ void run(const Options& options)
 
 int main(int argumentCount, char** arguments)
 {
-    std::signal(SIGPIPE, SIG_IGN); // so that writing to a closed pipe is an error like others
+    std::signal(SIGPIPE, SIG_IGN); // so that writing to a closed pipe fails like other writes
     try {
         run(parseOptions(argumentCount, arguments));
         return SUCCESS;

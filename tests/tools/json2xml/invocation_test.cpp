@@ -1,9 +1,11 @@
-// How json2xml treats its command line, its files and its streams.
+// The command line, files, streams and signals of json2xml.
+#include "tools/json2xml/limits.hpp"
 #include "tools/json2xml/run_program.hpp"
 
 #include <chrono>
 #include <csignal>
 #include <cstdio>
+#include <cstring>
 #include <fcntl.h>
 #include <filesystem>
 #include <gmock/gmock.h>
@@ -51,7 +53,7 @@ TEST(Json2xmlInvocation, RefusesAWrongCommandLine)
         EXPECT_EQ(result.status, 2) << problem;
         EXPECT_THAT(result.error, MatchesRegex("json2xml: [^\n]+\n"));
         EXPECT_THAT(result.error, HasSubstr(problem));
-        EXPECT_EQ(result.output, "");
+        EXPECT_EQ(result.output, "") << problem;
     }
 }
 
@@ -62,6 +64,10 @@ TEST(Json2xmlInvocation, ReadsTheInputThatIsNamed)
     EXPECT_EQ(run({directory / "-x.json"}).output, ONE);
     EXPECT_EQ(run({"--", directory / "-x.json"}).output, ONE);
     EXPECT_EQ(run({"-"}, "1").output, ONE);
+
+    const std::string pipe = directory / "pipe";
+    ASSERT_EQ(::mkfifo(pipe.c_str(), 0600), 0);
+    EXPECT_EQ(run({pipe}, "", "", "printf 1 >" + pipe + " &").output, ONE);
 }
 
 TEST(Json2xmlInvocation, NamesAnInputThatCannotBeRead)
@@ -79,6 +85,13 @@ TEST(Json2xmlInvocation, PrintsHelpAndVersion)
     for (const std::string option :
          {"-o,--output FILE", "--max-depth N", "--progress", "--version"}) {
         EXPECT_THAT(run({"--help"}).output, HasSubstr(option));
+    }
+    constexpr json2xml::Limits LIMITS;
+    for (const std::string& limit :
+         {std::to_string(LIMITS.depth) + " if", std::to_string(LIMITS.stringSize) + " bytes",
+          std::to_string(LIMITS.numberSize) + " bytes"}) {
+        EXPECT_THAT(run({"--help"}).output, HasSubstr(limit));
+        EXPECT_THAT(readFile(JSON2XML_MANUAL), HasSubstr(limit));
     }
     EXPECT_THAT(run({"--version"}).output, MatchesRegex("json2xml [0-9]+\\.[0-9]+\\.[0-9]+\n"));
 }
@@ -104,31 +117,114 @@ TEST(Json2xmlInvocation, ReplacesTheOutputWhenItIsComplete)
     EXPECT_THAT(directory.names(), ElementsAre("file.xml", "link.xml"));
 }
 
-TEST(Json2xmlInvocation, LeavesNothingBehindAfterAFailureOrASignal)
+/// A run of json2xml that has written a part of `file.xml` and waits for more input.
+class UnfinishedRun
 {
-    const Directory directory;
-    const std::string longArray = "[\"" + std::string(1'000'000, 'a') + "\", 1";
-    EXPECT_EQ(run({"-o", directory / "file.xml"}, longArray).status, 1);
-    EXPECT_THAT(directory.names(), IsEmpty());
+public:
+    /// @param setup what the shell does first.
+    explicit UnfinishedRun(const std::string& setup = "")
+        : input(::popen((setup + "\necho $$ >" + other / "process; " +
+                         command({"-o", directory / "file.xml"}))
+                            .c_str(),
+                        "w"))
+    {
+        const std::string start = "[\"" + std::string(1'000'000, 'a') + "\", 1";
+        std::fwrite(start.data(), 1, start.size(), input);
+        std::fflush(input);
+        while (!hasWritten()) {
+            std::this_thread::sleep_for(std::chrono::milliseconds(1));
+        }
+    }
 
-    const Directory other;
-    FILE* const program = ::popen(
-        ("echo $$ >" + other / "process; " + command({"-o", directory / "file.xml"})).c_str(), "w");
-    ASSERT_NE(program, nullptr);
-    std::fwrite(longArray.data(), 1, longArray.size(), program);
-    std::fflush(program);
-    const auto written = [&] {
+    void send(int signal) { ::kill(std::stoi(readFile(other / "process")), signal); }
+
+    /// Ends the input with @p rest, which must be empty if the program may have ended. Returns how
+    /// it has ended, in the form of waitpid().
+    int finish(const std::string& rest)
+    {
+        std::fputs(rest.c_str(), input);
+        return ::pclose(input);
+    }
+
+    const Directory directory;
+
+private:
+    bool hasWritten() const
+    {
         const auto names = directory.names();
         return !names.empty() && std::filesystem::file_size(directory / names.front()) > 0;
-    };
-    while (!written()) {
-        std::this_thread::sleep_for(std::chrono::milliseconds(5));
     }
-    ::kill(std::stoi(readFile(other / "process")), SIGTERM);
-    const int status = ::pclose(program);
-    EXPECT_TRUE(WIFSIGNALED(status) && WTERMSIG(status) == SIGTERM);
+
+    const Directory other;
+    FILE* const input;
+};
+
+TEST(Json2xmlInvocation, LeavesNothingBehindAfterASignal)
+{
+    // A core dump takes long. The options keep AddressSanitizer from handling some signals itself.
+    const std::string setup =
+        "ulimit -c 0; export "
+        "ASAN_OPTIONS=handle_segv=0:handle_sigbus=0:handle_sigfpe=0:handle_sigill=0";
+    for (const int signal :
+         {SIGHUP,    SIGINT,  SIGQUIT, SIGILL,  SIGTRAP, SIGABRT,   SIGBUS,  SIGFPE,
+          SIGUSR1,   SIGSEGV, SIGUSR2, SIGALRM, SIGTERM, SIGSTKFLT, SIGXCPU, SIGXFSZ,
+          SIGVTALRM, SIGPROF, SIGIO,   SIGPWR,  SIGSYS,  SIGRTMIN,  SIGRTMAX}) {
+        SCOPED_TRACE(::strsignal(signal));
+        UnfinishedRun run(setup);
+        run.send(signal);
+        const int status = run.finish("");
+        EXPECT_TRUE(WIFSIGNALED(status)) << status;
+        EXPECT_EQ(WTERMSIG(status), signal);
+        EXPECT_THAT(run.directory.names(), IsEmpty());
+    }
+}
+
+TEST(Json2xmlInvocation, GoesOnAfterASignalThatIsIgnored)
+{
+    const std::pair<int, std::string> cases[] = {
+        {SIGHUP, "trap '' HUP"}, {SIGTERM, "trap '' TERM"},
+        {SIGPIPE, ""},           {SIGCHLD, ""},
+        {SIGWINCH, ""},          {SIGURG, ""},
+    };
+    for (const auto& [signal, setup] : cases) {
+        SCOPED_TRACE(::strsignal(signal));
+        UnfinishedRun run(setup);
+        run.send(signal);
+        EXPECT_EQ(run.finish("]"), 0);
+        EXPECT_THAT(run.directory.names(), ElementsAre("file.xml"));
+    }
+}
+
+TEST(Json2xmlInvocation, LeavesNothingBehindAfterAFailure)
+{
+    const Directory directory;
+    const std::string file = directory / "file.xml";
+    const std::string longString = '"' + std::string(1'000'000, 'a') + '"';
+    EXPECT_EQ(run({"-o", file}, '[' + longString).status, 1);
+    EXPECT_THAT(directory.names(), IsEmpty());
+
+    EXPECT_EQ(run({"-o", file}, longString, "", "ulimit -f 100").status, -1) << "SIGXFSZ";
+    EXPECT_THAT(directory.names(), IsEmpty());
+    const Result ignoring = run({"-o", file}, longString, "", "ulimit -f 100; trap '' XFSZ");
+    EXPECT_EQ(ignoring.status, 1);
+    EXPECT_EQ(ignoring.error, "json2xml: " + file + ": File too large\n");
     EXPECT_THAT(directory.names(), IsEmpty());
 }
+
+#if !IS_SANITIZED
+TEST(Json2xmlInvocation, SaysThatMemoryIsExhausted)
+{
+    const Directory directory;
+    const std::string longString = '"' + std::string(50'000'000, 'a') + '"';
+    for (const std::string kilobytes : {"100000", "200000", "300000"}) {
+        const Result result =
+            run({"-o", directory / "file.xml"}, longString, "", "ulimit -v " + kilobytes);
+        EXPECT_EQ(result.status, 1) << kilobytes;
+        EXPECT_EQ(result.error, "json2xml: out of memory\n") << kilobytes;
+        EXPECT_THAT(directory.names(), IsEmpty()) << kilobytes;
+    }
+}
+#endif
 
 TEST(Json2xmlInvocation, ReportsAnOutputThatCannotBeWritten)
 {
@@ -144,6 +240,14 @@ TEST(Json2xmlInvocation, ReportsAnOutputThatCannotBeWritten)
     EXPECT_EQ(full.status, 1);
     EXPECT_EQ(full.error, "json2xml: <stdout>: No space left on device\n");
     EXPECT_EQ(run({"--help"}, "", "/dev/full").status, 1);
+
+    const std::string input = directory / "input.json";
+    writeFile(input, "1");
+    for (const Arguments& arguments : {Arguments{input}, {"-"}, {"--help"}}) {
+        const Result none = run(arguments, "1", "&-");
+        EXPECT_EQ(none.status, 1) << arguments.front();
+        EXPECT_EQ(none.error, "json2xml: <stdout>: Bad file descriptor\n") << arguments.front();
+    }
 
     int output[2];
     ASSERT_EQ(::pipe(output), 0);
@@ -167,7 +271,7 @@ TEST(Json2xmlInvocation, WritesInPlaceWhatItMustNotReplace)
     EXPECT_EQ(text, ONE);
     EXPECT_TRUE(std::filesystem::is_fifo(pipe));
 
-    // What standard output writes already keeps what stands in it.
+    // A file that is standard output too is appended to.
     const std::string file = directory / "file.xml";
     EXPECT_EQ(run({}, "1", '>' + file).error, "");
     EXPECT_EQ(run({"-o", file}, "1", '>' + file).error, "");

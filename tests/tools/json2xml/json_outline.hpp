@@ -1,4 +1,4 @@
-// What JSON says, in the form of outlineOfXml().
+// The content of a JSON text, in the form that outlineOfXml() gives.
 #pragma once
 
 #include "support/xml_outline.hpp"
@@ -11,7 +11,7 @@ namespace json2xml::test {
 
 using tarn::tests::outlineOfXml;
 
-/// Makes the outline of the XML from the events of RapidJSON's reader.
+/// Makes the outline from the events of RapidJSON's reader.
 struct OutlineHandler : rapidjson::BaseReaderHandler<rapidjson::UTF8<>, OutlineHandler>
 {
     bool Null() { return add("null", ""); }
@@ -58,8 +58,8 @@ private:
     std::size_t depth = 0;
 };
 
-/// The outline of what json2xml is to make of @p json, by RapidJSON, with the characters in it that
-/// XML does not allow. Empty if RapidJSON refuses it, which it does with some JSON too: numbers
+/// The outline of the XML that json2xml should make of @p json. Characters that XML does not allow
+/// are still in it. It is empty if RapidJSON refuses the text; it refuses some JSON too: numbers
 /// that a `double` cannot hold, and NUL.
 inline std::string outlineOfJson(const std::string& json)
 {

@@ -1,4 +1,4 @@
-// Runs the json2xml that has been built.
+// Runs json2xml as a program.
 #pragma once
 
 #include "support/files.hpp"
@@ -16,7 +16,7 @@ using tarn::tests::writeFile;
 
 using Arguments = std::vector<std::string>;
 
-/// The shell's words for a run with @p arguments.
+/// The shell command for a run with @p arguments.
 inline std::string command(const Arguments& arguments)
 {
     std::string words = "exec " JSON2XML;
@@ -26,7 +26,7 @@ inline std::string command(const Arguments& arguments)
     return words;
 }
 
-/// What a finished run has left behind.
+/// How a run ended; -1 if a signal ended it.
 struct Result
 {
     int status;
@@ -34,16 +34,19 @@ struct Result
     std::string error;
 };
 
-/// Runs json2xml with @p input as its standard input. Its standard output goes to @p target, a file
-/// or what else the shell takes after `>`, or if that is empty to the result.
+/// Runs json2xml with @p input as its standard input.
+///
+/// @param target where its standard output goes: what the shell takes after `>`. If this is empty,
+///        it goes to the result.
+/// @param setup what the shell does first.
 inline Result run(const Arguments& arguments, const std::string& input = "",
-                  const std::string& target = "")
+                  const std::string& target = "", const std::string& setup = "")
 {
     const Directory directory;
     const std::string output = directory / "output";
     writeFile(directory / "input", input);
     const int status =
-        std::system((command(arguments) + " <" + directory / "input" + " >" +
+        std::system((setup + '\n' + command(arguments) + " <" + directory / "input" + " >" +
                      (target.empty() ? output : target) + " 2>" + directory / "error")
                         .c_str());
     return {WIFEXITED(status) ? WEXITSTATUS(status) : -1, readFile(output),
