@@ -33,6 +33,6 @@ build_and_install static -DBUILD_SHARED_LIBS=OFF -DTARN_BUILD_TESTS=OFF -DTARN_B
 
 for name in shared static; do
     prefix=$work/$name-installed
-    if find "$prefix" | grep -e services -e framework; then exit 1; fi
+    if (cd "$prefix" && find include lib*) | grep -e services -e framework; then exit 1; fi
     consume_installed "$prefix" "$name"
 done
