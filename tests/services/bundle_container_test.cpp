@@ -84,6 +84,11 @@ TEST(BundleContainer, HoldsTheBundlesOfAnArchiveInTheOrderOfTheirNames)
     EXPECT_EQ(first.GetLocation(), BUNDLE_ARCHIVE);
     EXPECT_GE(first.GetBundleId(), 1);
     EXPECT_TRUE(first && first < second && first != second && !(second < first));
+    Bundle copy;
+    copy = first;
+    Bundle moved;
+    moved = std::move(copy);
+    EXPECT_EQ(moved, first);
 
     EXPECT_EQ(container.getBundles(), bundles);
     BundleContainer other(utf16(BUNDLE_ARCHIVE));
