@@ -297,7 +297,7 @@ private:
                      u"given UTF-8 and "
                      u"qualified names.");
         drawing.text(u"note", u"start", MARGIN, baseline + LINE_HEIGHT,
-                     u"Medians of one run on " +
+                     u"Medians of one run, with kernels for AVX2, on " +
                          toUtf16(results.context("processor") + ", " + results.context("compiler") +
                                  ", " + date) +
                          u'.');

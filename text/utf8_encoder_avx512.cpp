@@ -141,7 +141,7 @@ encode(const char16_t* first, const char16_t* last, char* out)
 Utf8Encoder utf8EncoderForAvx512()
 {
     const bool available =
-        __builtin_cpu_supports("avx512f") && __builtin_cpu_supports("avx512bw") &&
+        USES_AVX512 && __builtin_cpu_supports("avx512f") && __builtin_cpu_supports("avx512bw") &&
         __builtin_cpu_supports("avx512vl") && __builtin_cpu_supports("avx512vbmi2") &&
         __builtin_cpu_supports("bmi2") && __builtin_cpu_supports("popcnt");
     return available ? encode : nullptr;
