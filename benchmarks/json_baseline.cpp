@@ -1,4 +1,4 @@
-// Usage: json-baseline INPUT OUTPUT
+// Usage: benchmark-json-baseline INPUT OUTPUT
 // Formats the JSON file INPUT with RapidJSON alone: its Reader feeds its PrettyWriter. No program
 // that turns JSON into formatted text with RapidJSON can do less work.
 #include <rapidjson/error/en.h>
@@ -25,13 +25,13 @@ File open(const char* name, const char* mode)
 int main(int argumentCount, char** arguments)
 {
     if (argumentCount != 3) {
-        std::cerr << "Usage: json-baseline INPUT OUTPUT\n";
+        std::cerr << "Usage: benchmark-json-baseline INPUT OUTPUT\n";
         return 2;
     }
     const File input = open(arguments[1], "rb");
     const File output = open(arguments[2], "wb");
     if (input == nullptr || output == nullptr) {
-        std::perror("json-baseline");
+        std::perror("benchmark-json-baseline");
         return 1;
     }
     char inputBuffer[65536];
@@ -42,8 +42,8 @@ int main(int argumentCount, char** arguments)
     rapidjson::Reader reader;
     const rapidjson::ParseResult result = reader.Parse(source, writer);
     if (!result) {
-        std::cerr << "json-baseline: " << rapidjson::GetParseError_En(result.Code()) << " At byte "
-                  << result.Offset() << '\n';
+        std::cerr << "benchmark-json-baseline: " << rapidjson::GetParseError_En(result.Code())
+                  << " At byte " << result.Offset() << '\n';
         return 1;
     }
 }

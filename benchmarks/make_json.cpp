@@ -1,4 +1,4 @@
-// Usage: make-json BYTES OUTPUT
+// Usage: benchmark-make-json BYTES OUTPUT
 // Writes a JSON file of about BYTES bytes: an array of records with every kind of value, among them
 // text in many scripts. It is the same in every run.
 #include "benchmarks/documents/TextSource.hpp"
@@ -83,7 +83,7 @@ int main(int argumentCount, char** arguments)
     if (argumentCount != 3 ||
         std::from_chars(arguments[1], arguments[1] + std::strlen(arguments[1]), bytes).ec !=
             std::errc()) {
-        std::cerr << "Usage: make-json BYTES OUTPUT\n";
+        std::cerr << "Usage: benchmark-make-json BYTES OUTPUT\n";
         return 2;
     }
     std::ofstream output(arguments[2], std::ios::binary);
@@ -97,7 +97,7 @@ int main(int argumentCount, char** arguments)
     writer.EndArray();
     output.close();
     if (!output) {
-        std::cerr << "make-json: " << arguments[2] << ": cannot be written\n";
+        std::cerr << "benchmark-make-json: " << arguments[2] << ": cannot be written\n";
         return 1;
     }
 }

@@ -1,4 +1,5 @@
-// BundleContainer: the service bundles found at a path.
+// BundleContainer: the service bundles found at a path. The guide, docs/guide.md, has a section on
+// them (installed as share/doc/libtarn-utils-dev/guide.md).
 #pragma once
 
 #include "tarn/export.hpp"
@@ -8,7 +9,7 @@
 #include <string>
 #include <vector>
 
-/// What stands between the callers of the library and the service framework.
+/// What connects callers of the library with the service framework.
 namespace tarn::utils::services {
 
 /// Installs the bundles found at a path into the service framework of the process, and holds their
@@ -22,8 +23,8 @@ namespace tarn::utils::services {
 /// @endcode
 ///
 /// Bundles are installed and not started. They stay installed when the container is destroyed; only
-/// the handles go. A path that is installed again, by this container's program or a part of it that
-/// knows nothing of this one, gives handles of the same bundles.
+/// the handles are destroyed. A file that is installed again, by any container in the process and
+/// by any path that leads to it, gives handles of the same bundles.
 ///
 /// **Threads.** Containers can be made by several threads at once. One container is used by one
 /// thread at a time.
@@ -60,21 +61,22 @@ public:
 
     /// Installs the bundles at @p path.
     ///
-    /// @param path of a file, which holds one bundle or more: a zip archive, or a shared library
-    ///     with one. Or of a directory: the bundles of all `.so` and `.zip` files directly in it,
-    ///     in the order of the files' names; files without bundles are passed over. An empty path
-    ///     names no bundle.
-    /// @throws std::runtime_error that names the path and says what is wrong, if there is nothing
-    ///     at @p path, it cannot be a path (an unpaired surrogate, a NUL), a file holds no bundle
-    ///     or a damaged one, or a bundle of the same name and version is installed from elsewhere.
-    ///     No bundle of @p path has been installed then that was not before.
+    /// @param path a file or a directory; relative to the current directory, symbolic links are
+    ///     followed. A file is a zip archive of one bundle or more, or a shared library that
+    ///     contains one. Of a directory, the bundles of all `.so` and `.zip` files directly in it
+    ///     are installed, in the order of the files' names; files without bundles are skipped. An
+    ///     empty path names no bundle.
+    /// @throws std::runtime_error that names the path and says what is wrong, if nothing is at
+    ///     @p path, it cannot be a path (an unpaired surrogate, a NUL), a file holds no bundle or a
+    ///     damaged one, or a bundle of the same name and version is installed from another file.
+    ///     Then no bundle of @p path has been installed by this call.
     explicit BundleContainer(const std::u16string& path);
 
     BundleContainer(const BundleContainer&) = delete;
     BundleContainer& operator=(const BundleContainer&) = delete;
 
-    /// Makes a container with `new`; the caller is to `delete` it.
-    /// @throws what the constructor throws; nothing is left allocated then.
+    /// Makes a container with `new`. The caller owns it and has to `delete` it.
+    /// @throws what the constructor throws; then nothing stays allocated.
     static BundleContainer* createBundleContainer(const std::u16string& path);
 
     /// The handles, in the order in which the bundles were installed. Valid for as long as the

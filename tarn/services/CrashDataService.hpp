@@ -1,4 +1,5 @@
-// CrashDataService: the interface through which modules say what a crash report should tell.
+// CrashDataService: the interface through which modules give a crash report its context. The guide,
+// docs/guide.md, has a section on it (installed as share/doc/libtarn-utils-dev/guide.md).
 #pragma once
 
 #include "tarn/export.hpp"
@@ -7,22 +8,22 @@
 
 namespace tarn::utils::services {
 
-/// Takes entries of context that a crash report carries: what was open, which version, which step.
+/// Takes entries of context for crash reports: which file was open, which version, which step.
 ///
 /// A module that makes crash reports provides an implementation; other modules use it through a
 /// pointer or a reference to this class. The library has no implementation of its own and calls
 /// none. An implementation belongs to its provider, and can be deleted through this class.
 ///
 /// **What a provider must promise**
-/// - An entry counts from the return of the call that sets it: a crash report that is made
-///   afterwards carries it. Strings are copied; the caller's may go.
-/// - The entries are read when the report is made, which is after the crash and in a process that
-///   may be damaged: by then they stand where reading them takes no lock and allocates nothing.
-/// - Any thread may call, at any time, several at once.
+/// - When a call that sets an entry has returned, every later crash report has that entry. Strings
+///   are copied, so that the caller can destroy its own.
+/// - The entries are read when a report is made: after the crash, in a process that may be damaged.
+///   They are kept so that reading them takes no lock and allocates nothing.
+/// - Any thread may call at any time, several at once.
 /// - A call that fails throws, and leaves the entries as they were.
 ///
-/// What a report does with keys that it does not know is up to it; a provider keeps them like all
-/// others.
+/// A provider keeps entries with any key. What a report does with keys that it does not know is up
+/// to the report.
 class TARN_EXPORT CrashDataService
 {
 public:
@@ -31,8 +32,8 @@ public:
     CrashDataService(const CrashDataService&) = delete;
     CrashDataService& operator=(const CrashDataService&) = delete;
 
-    // Defined in the library, and with it the virtual table and the type information, so that every
-    // module finds the same ones.
+    // Defined in the library, so that the virtual table and the type information are there too and
+    // every module finds the same ones.
     virtual ~CrashDataService();
 
     /// Attaches an entry, in place of the one with the same key if there is one.

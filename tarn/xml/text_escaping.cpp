@@ -5,7 +5,7 @@
 #include <array>
 #include <bit>
 #include <cstdint>
-#include <emmintrin.h>
+#include <emmintrin.h> // SSE2, which every x86-64 processor has
 
 namespace tarn::utils::detail {
 
