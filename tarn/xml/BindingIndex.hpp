@@ -194,7 +194,7 @@ private:
         slots.assign(size, {bindings.end(), 0});
         indexed = 0;
         unindexed = 0;
-        for (Binding binding = bindings.begin(); binding != bindings.end(); ++binding) {
+        for (auto binding = bindings.begin(); binding != bindings.end(); ++binding) {
             insert({binding, hashOf(binding->first)});
         }
     }

@@ -164,7 +164,7 @@ inline detail::QualifiedName XmlWriter::Impl::qualify(const std::u16string& loca
     if (namespaceUri.empty()) {
         return {detail::NONE, localName};
     }
-    Binding binding = reuse.index.find(namespaceUri);
+    auto binding = reuse.index.find(namespaceUri);
     if (!isBound(binding)) {
         // Out of line: its local strings would add a stack-protector check to every name.
         binding = bindUnused(namespaceUri, prefix);

@@ -26,7 +26,7 @@ void XmlWriter::Impl::processDeferredRegistrations()
 {
     std::vector<std::u16string>& declared = elementStack.back().declaredNamespaces;
     while (!pendingRegistrations.empty()) {
-        const Binding binding = reuse.index.find(pendingRegistrations.front());
+        const auto binding = reuse.index.find(pendingRegistrations.front());
         if (!isBound(binding)) {
             pendingRegistrations.pop_front();
             continue;
@@ -113,7 +113,7 @@ void XmlWriter::Impl::endBindings(StackItem& element)
 {
     for (std::u16string& namespaceUri : element.declaredNamespaces) {
         // A name that was declared twice is no longer bound the second time.
-        const Binding binding = reuse.index.find(namespaceUri);
+        const auto binding = reuse.index.find(namespaceUri);
         if (isBound(binding)) {
             reuse.index.remove(binding);
             reuse.prefixes.put(usedPrefixes.extract(binding->second));

@@ -10,7 +10,8 @@ namespace {
 
 using tarn::utils::XmlWriter;
 
-static_assert(sizeof(XmlWriter) == 8 && alignof(XmlWriter) == 8);
+static_assert(sizeof(XmlWriter) == 8);
+static_assert(alignof(XmlWriter) == 8);
 static_assert(!std::is_polymorphic_v<XmlWriter> && std::is_standard_layout_v<XmlWriter>);
 static_assert(std::is_nothrow_move_constructible_v<XmlWriter>);
 static_assert(std::is_nothrow_move_assignable_v<XmlWriter>);

@@ -215,7 +215,9 @@ TEST(Json2xmlInvocation, LeavesNothingBehindAfterAFailure)
 TEST(Json2xmlInvocation, SaysThatMemoryIsExhausted)
 {
     const Directory directory;
-    const std::string longString = '"' + std::string(50'000'000, 'a') + '"';
+    std::string longString = "\"";
+    longString.resize(50'000'000, 'a');
+    longString += '"';
     for (const std::string kilobytes : {"100000", "200000", "300000"}) {
         const Result result =
             run({"-o", directory / "file.xml"}, longString, "", "ulimit -v " + kilobytes);

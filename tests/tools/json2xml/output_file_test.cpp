@@ -34,6 +34,9 @@ int failOnce(int& error)
 
 } // namespace
 
+// Names of their own for parameters, which the C library gives reserved ones.
+// NOLINTBEGIN(readability-inconsistent-declaration-parameter-name)
+
 extern "C" {
 
 int close(int descriptor)
@@ -60,6 +63,8 @@ int mkostemp(char* path, int flags)
     return descriptor;
 }
 }
+
+// NOLINTEND(readability-inconsistent-declaration-parameter-name)
 
 namespace {
 
