@@ -127,10 +127,11 @@ int main(int argumentCount, char** arguments)
         std::cout
             << results.context("processor") << ", " << results.context("date") << ", "
             << results.context("compiler") << "\n\n"
-            << "Other writers: their time over ours, medians; after ≥ or <, the least that is "
-               "wanted. MB/s: our\nUTF-8 output to a string. u16string, ostream: our time "
-               "to that target over our time to a string.\n2 threads: the time of two "
-               "writers at once over that of one. spread: the largest standard\ndeviation "
+            << "Other writers: their time over ours, medians. MB/s: our UTF-8 output to a string.\n"
+               "u16string, ostream: our time to that target over our time to a string. 2 threads: "
+               "the\n"
+               "time of two writers at once over that of one. spread: the largest standard "
+               "deviation\n"
                "in the row.\n\n";
         print(table(results));
     } catch (const std::exception& error) {
