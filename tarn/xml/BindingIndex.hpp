@@ -16,10 +16,10 @@ namespace tarn::utils::detail {
 /// Finds entries of a map from namespace names to prefixes without searching the map, which is slow
 /// because namespace names are long and begin alike.
 ///
-/// A hash table with open addressing. A name stands at most PROBES slots behind the one that its
-/// hash gives. A name that finds no free slot there is not in the table, and searches go to the map
-/// while there is such a name. So names that were chosen to collide make searches as slow as the
-/// map, and no slower.
+/// A hash table with open addressing. A name stands in one of PROBES slots, from the one that its
+/// hash gives onwards. A name that finds none of them free is not in the table, and a search that
+/// fails goes on in the map while there is such a name. So names that were chosen to collide make
+/// searches about as slow as those of the map.
 class BindingIndex
 {
 public:
