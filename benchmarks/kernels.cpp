@@ -1,7 +1,6 @@
 // Times each kernel by itself, and the plain code that does the same work one code unit at a time,
 // on about one batch of text.
 #include "tarn/xml/text_escaping.hpp"
-#include "tests/support/plain_escaping.hpp"
 #include "text/utf16.hpp"
 #include "text/utf8_encoder.hpp"
 
@@ -67,19 +66,36 @@ void addEncoder(const Sample& sample, const Utf8EncoderLevel& level)
         });
 }
 
-void addEscaper(const Sample& sample, const char* name, decltype(&escapeMarkup) escape)
+/// Escapes one code unit at a time.
+EscapedRun escapePlain(const char16_t* first, const char16_t* last, char16_t* out, const char16_t*,
+                       const Replacements& replacements)
 {
-    constexpr std::size_t LONGEST_REPLACEMENT = 6;
+    for (; first != last; ++first) {
+        const char16_t unit = *first;
+        if (unit < replacements.size() && replacements[unit].length != 0) {
+            out = std::ranges::copy(replacements[unit].text(), out).out;
+        } else {
+            *out++ = unit;
+        }
+    }
+    return {first, out};
+}
+
+void addEscaper(const Sample& sample, const EscaperLevel& level)
+{
+    if (level.escape == nullptr) {
+        return; // this processor cannot run it
+    }
     std::u16string out(sample.text().size() * LONGEST_REPLACEMENT + BATCH, u'\0');
-    add("escape/" + sample.name + '/' + name, sample.text(),
-        [escape, out](const char16_t* first, const char16_t* last) mutable {
-            return escape(first, last, out.data(), out.data() + out.size()).written;
+    add("escape/" + sample.name + '/' + std::string(level.name), sample.text(),
+        [escape = level.escape, out](const char16_t* first, const char16_t* last) mutable {
+            return escape(first, last, out.data(), out.data() + out.size(), REPLACEMENTS).written;
         });
 }
 
 /// Escapes text without specials by a search and then a copy, for comparison with a single pass.
 EscapedRun searchAndCopy(const char16_t* first, const char16_t* last, char16_t* out,
-                         const char16_t*)
+                         const char16_t*, const Replacements&)
 {
     const char16_t* const special = findSpecial(first, last);
     return {special, std::copy(first, special, out)};
@@ -108,10 +124,12 @@ int main(int argumentCount, char** arguments)
         for (const Utf8EncoderLevel& level : utf8EncoderLevels()) {
             addEncoder(sample, level);
         }
-        addEscaper(sample, "plain", tarn::tests::escapeMarkupPlain);
-        addEscaper(sample, "vector", escapeMarkup);
+        for (const EscaperLevel& level : escaperLevels()) {
+            addEscaper(sample, level);
+        }
+        addEscaper(sample, {"portable", escapePlain});
     }
-    addEscaper(SAMPLES.front(), "search-then-copy", searchAndCopy);
+    addEscaper(SAMPLES.front(), {"search-then-copy", searchAndCopy});
     add("count/" + SAMPLES.front().name + "/bytes", SAMPLES.front().text(), countBytes);
     benchmark::Initialize(&argumentCount, arguments);
     if (benchmark::ReportUnrecognizedArguments(argumentCount, arguments)) {

@@ -6,6 +6,7 @@
 #include "benchmarks/documents/Deep.hpp"
 #include "benchmarks/documents/Feed.hpp"
 #include "benchmarks/documents/Namespaces.hpp"
+#include "benchmarks/documents/Office.hpp"
 #include "benchmarks/documents/Paragraphs.hpp"
 #include "benchmarks/documents/Records.hpp"
 #include "benchmarks/documents/Tiny.hpp"
@@ -102,6 +103,8 @@ public:
         add<Attributes>(writer);
         add<Namespaces>(writer);
         add<Scopes>(writer);
+        add<Office>(writer);
+        add<OneNamespace>(writer);
         add<Controls>(writer);
         add<Huge>(writer);
         add<Tiny>(writer);

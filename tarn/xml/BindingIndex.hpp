@@ -5,10 +5,11 @@
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
+#include <emmintrin.h> // SSE2, which every x86-64 processor has
+#include <limits>
 #include <map>
 #include <string>
 #include <string_view>
-#include <utility>
 #include <vector>
 
 namespace tarn::utils::detail {
@@ -26,25 +27,40 @@ public:
     using Bindings = std::map<std::u16string, std::u16string>;
     using Binding = Bindings::iterator;
 
-    explicit BindingIndex(Bindings& bindings)
-        : bindings(bindings), last{bindings.end(), 0}, lastButOne(last)
-    {
-    }
+    explicit BindingIndex(Bindings& bindings) : bindings(bindings) {}
 
-    /// Returns the binding of @p namespaceUri, or the map's end if it is not bound.
-    Binding find(const std::u16string& namespaceUri)
+    /// A binding and the hash of its name.
+    struct Entry
     {
-        if (!holds(last, namespaceUri)) {
-            std::swap(last, lastButOne);
-            if (!holds(last, namespaceUri)) {
-                last = search(namespaceUri);
-            }
+        Binding binding;
+        std::uint32_t hash;
+    };
+
+    /// Returns the entry of @p namespaceUri; its binding is the map's end if the name is not bound.
+    Entry find(const std::u16string& namespaceUri)
+    {
+        if (slots.empty()) {
+            guesses.resize(GUESSES);
+            rebuild(FIRST_SIZE);
         }
-        return last.binding;
+        std::uint16_t& guess = guesses[guessOf(&namespaceUri)];
+        const Entry& guessed = slots[guess];
+        if (isTaken(guessed) && same(guessed.binding->first, namespaceUri)) {
+            return guessed;
+        }
+        const std::uint32_t hash = hashOf(namespaceUri);
+        const std::size_t slot = slotWhere(hash, [&](const Entry& entry) {
+            return entry.hash == hash && same(entry.binding->first, namespaceUri);
+        });
+        if (slot == NOWHERE) {
+            return {unindexed == 0 ? bindings.end() : bindings.find(namespaceUri), hash};
+        }
+        guess = static_cast<std::uint16_t>(slot < FURTHEST_GUESS ? slot : 0);
+        return slots[slot];
     }
 
-    /// Makes room for one more binding, which may throw. Call it after a search for the name and
-    /// before its binding is added to the map.
+    /// Makes room for one more binding, which may throw. Call it before the binding is added to the
+    /// map.
     void reserve()
     {
         if (2 * (indexed + 1) > slots.size()) {
@@ -52,19 +68,26 @@ public:
         }
     }
 
-    /// Call it after @p binding has been added to the map. Its name must be the one that find() was
-    /// called with last.
-    void add(Binding binding) noexcept
+    /// Call it after the binding has been added to the map, with the hash that find() gave for its
+    /// name.
+    void add(const Entry& entry) noexcept
     {
-        last.binding = binding;
-        insert(last);
+        for (std::size_t distance = 0; distance < PROBES; ++distance) {
+            Entry& slot = slots[wrapped(entry.hash + distance)];
+            if (!isTaken(slot)) {
+                slot = entry;
+                ++indexed;
+                return;
+            }
+        }
+        ++unindexed;
     }
 
-    /// Call it before @p binding, which find() has returned last, is removed from the map.
-    void remove(Binding binding) noexcept
+    /// Call it before the binding is removed from the map.
+    void remove(const Entry& entry) noexcept
     {
-        std::size_t hole = slotOf(last.hash, binding->first);
-        last.binding = bindings.end();
+        std::size_t hole = slotWhere(
+            entry.hash, [&](const Entry& other) { return other.binding == entry.binding; });
         if (hole == NOWHERE) {
             --unindexed;
             return;
@@ -72,7 +95,7 @@ public:
         // Later names move up, unless that would put them before the slot that their hash gives.
         for (std::size_t distance = 1; distance < PROBES; ++distance) {
             const std::size_t next = wrapped(hole + distance);
-            if (slots[next].binding == bindings.end()) {
+            if (!isTaken(slots[next])) {
                 break;
             }
             if (wrapped(next - wrapped(slots[next].hash)) >= distance) {
@@ -86,17 +109,7 @@ public:
     }
 
 private:
-    struct Slot
-    {
-        /// The map's end if there is none.
-        Binding binding;
-        std::uint32_t hash;
-    };
-
-    bool holds(const Slot& slot, const std::u16string& namespaceUri) const
-    {
-        return slot.binding != bindings.end() && same(slot.binding->first, namespaceUri);
-    }
+    bool isTaken(const Entry& slot) const { return slot.binding != bindings.end(); }
 
     static constexpr std::size_t PROBES = 16;
     /// Room for the two bindings that every map has, and for the few that most documents add.
@@ -104,89 +117,119 @@ private:
     static_assert(FIRST_SIZE >= PROBES && std::has_single_bit(FIRST_SIZE));
     static constexpr std::size_t NOWHERE = static_cast<std::size_t>(-1);
 
-    static bool same(const std::u16string& left, const std::u16string& right)
+    static constexpr std::size_t GUESSES = 256;
+    static constexpr std::size_t FURTHEST_GUESS = std::numeric_limits<std::uint16_t>::max();
+
+    /// Callers mostly keep a namespace name in one string, so that the address of the string says
+    /// where its name stood last time.
+    static std::size_t guessOf(const std::u16string* name)
     {
-        return left.size() == right.size() &&
-               std::memcmp(left.data(), right.data(), left.size() * sizeof(char16_t)) == 0;
+        constexpr std::uint64_t BITS = 0x9E3779B97F4A7C15; // any odd number with many bits
+        constexpr int SHIFT = 64 - std::countr_zero(GUESSES);
+        static_assert(std::has_single_bit(GUESSES));
+        return reinterpret_cast<std::uintptr_t>(name) * BITS >> SHIFT;
     }
 
-    /// Every code unit counts, since a document's namespace names can differ in any.
+    /// Looks at all of the names at once, since nearly always they are the same.
+    static bool same(const std::u16string& left, const std::u16string& right)
+    {
+        const std::size_t length = left.size();
+        if (length != right.size()) {
+            return false;
+        }
+        // Two blocks that overlap cover every length between one block and two.
+        if (length > 2 * BLOCK || length < BLOCK / 2) {
+            return std::memcmp(left.data(), right.data(), length * sizeof(char16_t)) == 0;
+        }
+        if (length >= BLOCK) {
+            const std::size_t last = length - BLOCK;
+            return areZero(
+                _mm_or_si128(difference<BLOCK>(left.data(), right.data()),
+                             difference<BLOCK>(left.data() + last, right.data() + last)));
+        }
+        const std::size_t last = length - BLOCK / 2;
+        return areZero(
+            _mm_or_si128(difference<BLOCK / 2>(left.data(), right.data()),
+                         difference<BLOCK / 2>(left.data() + last, right.data() + last)));
+    }
+
+    static constexpr std::size_t BLOCK = 32; ///< In code units.
+
+    /// Zero if the @p LENGTH code units are the same.
+    template <std::size_t LENGTH>
+    static __m128i difference(const char16_t* left, const char16_t* right)
+    {
+        constexpr std::size_t WIDTH = sizeof(__m128i) / sizeof(char16_t);
+        const auto load = [](const char16_t* units) {
+            return _mm_loadu_si128(reinterpret_cast<const __m128i*>(units));
+        };
+        __m128i all = _mm_setzero_si128();
+        for (std::size_t place = 0; place < LENGTH; place += WIDTH) {
+            all = _mm_or_si128(all, _mm_xor_si128(load(left + place), load(right + place)));
+        }
+        return all;
+    }
+
+    static bool areZero(__m128i bits)
+    {
+        return _mm_movemask_epi8(_mm_cmpeq_epi8(bits, _mm_setzero_si128())) == 0xFFFF;
+    }
+
+    /// Every code unit counts, since a document's namespace names can differ in any. Products are
+    /// added up, so that they need not wait for each other.
     static std::uint32_t hashOf(std::u16string_view name)
     {
         constexpr std::size_t WORD = sizeof(std::uint64_t) / sizeof(char16_t);
+        constexpr std::uint64_t STRIDE = 0xD1B54A32D192ED03; // any odd numbers with many bits
+        constexpr std::uint64_t FIRST = 0x9E3779B97F4A7C15;
         const auto word = [](const char16_t* units) {
             std::uint64_t value;
             std::memcpy(&value, units, sizeof value);
             return value;
         };
-        std::uint64_t hash = name.size();
         const char16_t* units = name.data();
-        std::size_t left = name.size();
-        for (; left > 2 * WORD; left -= 2 * WORD, units += 2 * WORD) {
-            hash = mixed(word(units) ^ hash, word(units + WORD));
+        const std::size_t length = name.size();
+        if (length < 2 * WORD) {
+            std::uint64_t sum = length;
+            for (const char16_t unit : name) {
+                sum = (sum ^ unit) * STRIDE;
+            }
+            return static_cast<std::uint32_t>(sum >> 32 ^ sum >> 16);
         }
-        if (left >= WORD) {
-            return static_cast<std::uint32_t>(mixed(word(units) ^ hash, word(units + left - WORD)));
+        std::uint64_t sum = length;
+        std::uint64_t key = FIRST;
+        for (std::size_t place = 0; place + 2 * WORD < length; place += 2 * WORD) {
+            sum += mixed(word(units + place) ^ key, word(units + place + WORD) ^ STRIDE);
+            key += STRIDE;
         }
-        std::uint64_t rest = 0;
-        for (; left > 0; --left) {
-            rest = rest << 16 | *units++;
-        }
-        return static_cast<std::uint32_t>(mixed(rest, hash));
+        units += length - 2 * WORD; // the last words may overlap those before
+        sum += mixed(word(units) ^ key, word(units + WORD) ^ STRIDE);
+        return static_cast<std::uint32_t>(sum ^ sum >> 32);
     }
 
     /// Both halves of a product in which every bit of @p left and @p right takes part.
     static std::uint64_t mixed(std::uint64_t left, std::uint64_t right)
     {
-        constexpr std::uint64_t LEFT_BITS = 0x9E3779B97F4A7C15; // any odd numbers with many bits
-        constexpr std::uint64_t RIGHT_BITS = 0xD1B54A32D192ED03;
         __extension__ using Product = unsigned __int128;
-        const Product product = Product{left ^ LEFT_BITS} * (right ^ RIGHT_BITS);
+        const Product product = Product{left} * right;
         return static_cast<std::uint64_t>(product) ^ static_cast<std::uint64_t>(product >> 64);
     }
 
     std::size_t wrapped(std::size_t slot) const { return slot & (slots.size() - 1); }
 
-    Slot search(const std::u16string& namespaceUri)
-    {
-        if (slots.empty()) {
-            rebuild(FIRST_SIZE);
-        }
-        const std::uint32_t hash = hashOf(namespaceUri);
-        const std::size_t slot = slotOf(hash, namespaceUri);
-        if (slot != NOWHERE) {
-            return slots[slot];
-        }
-        return {unindexed == 0 ? bindings.end() : bindings.find(namespaceUri), hash};
-    }
-
-    /// The slot that holds @p namespaceUri.
-    std::size_t slotOf(std::uint32_t hash, const std::u16string& namespaceUri) const
+    /// The slot of the entry for which @p isWanted, among those where an entry with @p hash can be.
+    std::size_t slotWhere(std::uint32_t hash, auto&& isWanted) const
     {
         for (std::size_t distance = 0; distance < PROBES; ++distance) {
             const std::size_t slot = wrapped(hash + distance);
-            const auto& [binding, itsHash] = slots[slot];
-            if (binding == bindings.end()) {
+            if (!isTaken(slots[slot])) {
                 break;
             }
-            if (itsHash == hash && same(binding->first, namespaceUri)) {
+            if (isWanted(slots[slot])) {
                 return slot;
             }
         }
         return NOWHERE;
-    }
-
-    void insert(const Slot& added) noexcept
-    {
-        for (std::size_t distance = 0; distance < PROBES; ++distance) {
-            Slot& slot = slots[wrapped(added.hash + distance)];
-            if (slot.binding == bindings.end()) {
-                slot = added;
-                ++indexed;
-                return;
-            }
-        }
-        ++unindexed;
     }
 
     void rebuild(std::size_t size)
@@ -195,22 +238,20 @@ private:
         indexed = 0;
         unindexed = 0;
         for (auto binding = bindings.begin(); binding != bindings.end(); ++binding) {
-            insert({binding, hashOf(binding->first)});
+            add({binding, hashOf(binding->first)});
         }
     }
 
     Bindings& bindings;
-    /// What find() returned last and before that, each with the hash of the name that was looked
-    /// for. Most names are in the namespace of the name before, and a declaration is itself a name
-    /// in the namespace of declarations.
-    Slot last;
-    Slot lastButOne;
-    /// At least twice as many as there are names in them; their number is a power of two. None
-    /// before the first search, because many documents use no namespace.
-    std::vector<Slot> slots;
+    /// At least twice as many as there are names in them; their number is a power of two. A free
+    /// slot has the map's end. None before the first search, because many documents use no
+    /// namespace.
+    std::vector<Entry> slots;
     std::size_t indexed = 0;
     /// How many names are in the map and not in the table.
     std::size_t unindexed = 0;
+    /// By the address of the string that holds a name: the slot where the name may be.
+    std::vector<std::uint16_t> guesses;
 };
 
 } // namespace tarn::utils::detail

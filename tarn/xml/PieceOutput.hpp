@@ -1,11 +1,11 @@
-// How the writer's operations hand their pieces to the sink.
+// How the writer's operations hand their pieces of text to the sink.
 //
-// A piece goes to the sink as one `write`. The library's own sinks only append it to a string. So
-// while a group of pieces fits into that string without filling a batch or allocating, it is
-// appended there in place, which gives the same text without a virtual call for each piece.
+// A piece goes to the sink as one `write`. Some sinks only append it to a string of theirs. There
+// the pieces of an operation are put in place together, after one check that they fit, which gives
+// the same text without a virtual call for each.
 #pragma once
 
-#include "tarn/xml/copy_units.hpp"
+#include "tarn/xml/pieces.hpp"
 #include "tarn/xml/Sink.hpp"
 
 #include <algorithm>
@@ -16,105 +16,148 @@
 
 namespace tarn::utils::detail {
 
-/// A piece of @p length spaces.
-struct Spaces
-{
-    std::size_t length;
-};
-
-/// A piece made of a prefix, a colon and a local name; or of either alone if the other is empty.
-struct QualifiedName
-{
-    const std::u16string& prefix;
-    const std::u16string& localName;
-
-    bool hasColon() const { return !prefix.empty() && !localName.empty(); }
-    std::size_t length() const { return prefix.size() + (hasColon() ? 1 : 0) + localName.size(); }
-    char16_t* copyTo(char16_t* out) const noexcept
-    {
-        out = copyUnits(prefix, out);
-        if (hasColon()) {
-            *out++ = u':';
-        }
-        return copyUnits(localName, out);
-    }
-
-    void assignTo(std::u16string& text) const;
-};
-
 /// The sink as the writer's operations see it.
+///
+/// The window is the room behind the text in the sink's string. While it is open, only this class
+/// knows where the text ends.
 class PieceOutput
 {
 public:
     explicit PieceOutput(Sink& sink);
 
-    /// Hands over each of @p pieces, in order: a `std::u16string`, a `std::u16string_view`,
-    /// `Spaces` or a `QualifiedName`.
+    /// Hands over each of @p pieces, in order, as in pieces.hpp.
     template <class... Pieces>
     void write(const Pieces&... pieces)
     {
-        const bool inPlace =
-            compose((lengthOf(pieces) + ...), [&](char16_t* out, char16_t*) noexcept {
-                ((out = copy(pieces, out)), ...);
-                return out;
-            });
-        if (!inPlace) [[unlikely]] {
-            (writePiece(pieces), ...);
+        if (!writeInPlace(pieces...)) [[unlikely]] {
+            writeOneByOne(pieces...);
         }
     }
 
-    /// If the sink can take @p atLeast code units in place, calls @p composeText with the beginning
-    /// and the end of all the room there is, takes the text from there to the pointer that it
-    /// returns, and returns true. @p composeText must not throw: it runs while the string is being
-    /// resized.
-    template <class ComposeText>
-    bool compose(std::size_t atLeast, ComposeText&& composeText)
+    /// Hands over all of @p pieces, in order, if there is room for them in the window, or none.
+    template <class... Pieces>
+    bool writeInPlace(const Pieces&... pieces) noexcept
     {
-        static_assert(std::is_nothrow_invocable_r_v<char16_t*, ComposeText, char16_t*, char16_t*>);
-        if (text == nullptr) {
+        if ((mostUnits(pieces) + ...) >= room()) {
             return false;
         }
-        const std::size_t used = text->size();
-        const std::size_t end = std::min(text->capacity(), limit);
-        if (used > end || end - used < atLeast) {
-            return false;
-        }
-        text->resize_and_overwrite(end, [&](char16_t* units, std::size_t) noexcept {
-            return static_cast<std::size_t>(composeText(units + used, units + end) - units);
-        });
+        char16_t* out = end;
+        ((out = copyPiece(pieces, out)), ...);
+        end = out;
         return true;
     }
 
-    /// Whether @p argument is the string that the sink appends to.
-    bool appendsTo(const std::u16string& argument) const { return &argument == text; }
+    /// If there is room for more than @p atLeast code units in the window, calls @p composeText
+    /// with the beginning and the end of that room. The text from there to the pointer that it
+    /// returns is handed over.
+    template <class ComposeText>
+    void compose(std::size_t atLeast, ComposeText&& composeText) noexcept
+    {
+        static_assert(std::is_nothrow_invocable_r_v<char16_t*, ComposeText, char16_t*, char16_t*>);
+        if (room() > atLeast) {
+            end = composeText(end, windowEnd);
+        }
+    }
+
+    void flush();
+
+    /// Whether the sink appends to a string of the caller's.
+    bool isOverTarget() const { return window.isTarget; }
+    bool isTarget(const std::u16string& argument) const { return &argument == window.text; }
+
+    /// Keeps the window to a string of the caller's open. Without it, everything goes to the sink
+    /// piece by piece.
+    class Operation
+    {
+    public:
+        explicit Operation(PieceOutput& output) : output(output) { output.open(); }
+        ~Operation() { output.close(); }
+        Operation(const Operation&) = delete;
+        Operation& operator=(const Operation&) = delete;
+
+    private:
+        PieceOutput& output;
+    };
 
 private:
-    static std::size_t lengthOf(std::u16string_view piece) { return piece.size(); }
-    static std::size_t lengthOf(Spaces piece) { return piece.length; }
-    static std::size_t lengthOf(QualifiedName piece) { return piece.length(); }
-
-    static char16_t* copy(std::u16string_view piece, char16_t* out) noexcept
+    /// Closes an open window while the sink takes pieces or is flushed.
+    class SinkCall
     {
-        return copyUnits(piece, out);
-    }
-    static char16_t* copy(Spaces piece, char16_t* out) noexcept
-    {
-        return std::fill_n(out, piece.length, u' ');
-    }
-    static char16_t* copy(QualifiedName piece, char16_t* out) noexcept { return piece.copyTo(out); }
+    public:
+        explicit SinkCall(PieceOutput& output) : output(output), wasOpen(output.end != nullptr)
+        {
+            output.close();
+        }
+        ~SinkCall()
+        {
+            if (wasOpen) {
+                output.open();
+            }
+        }
+        SinkCall(const SinkCall&) = delete;
+        SinkCall& operator=(const SinkCall&) = delete;
 
-    void writePiece(const std::u16string& piece);
-    void writePiece(std::u16string_view piece);
-    void writePiece(Spaces piece);
-    void writePiece(QualifiedName piece);
+    private:
+        PieceOutput& output;
+        bool wasOpen;
+    };
+
+    /// No piece of this length or more is put in place. If a conversion has failed, there is no
+    /// room, so that even an empty piece goes to the sink, which then converts again.
+    std::size_t room() const { return static_cast<std::size_t>(windowEnd - end); }
+
+    template <class... Pieces>
+    [[gnu::noinline, gnu::cold]] void writeOneByOne(const Pieces&... pieces)
+    {
+        const SinkCall call(*this);
+        (writeToSink(pieces), ...);
+    }
+
+    template <class Piece>
+    void writeToSink(const Piece& piece)
+    {
+        if (window.text != nullptr && window.text->size() + mostUnits(piece) <= window.limit) {
+            appendPiece(piece, *window.text);
+        } else {
+            scratch.clear();
+            appendPiece(piece, scratch);
+            sink.write(scratch);
+        }
+    }
+    void writeToSink(const std::u16string& piece) { sink.write(piece); }
+
+    void open() noexcept;
+    void close() noexcept;
 
     Sink& sink;
-    /// The string that the sink appends to, or null for a sink that this class does not know.
-    std::u16string* text = nullptr;
-    /// The size that `text` may reach before the sink has more to do than to append.
-    std::size_t limit = 0;
+    AppendWindow window;
+    /// Where the text ends, and where the window does. Both null while it is closed.
+    char16_t* end = nullptr;
+    char16_t* windowEnd = nullptr;
     /// Holds a piece that is not a `std::u16string` of its own while the sink takes it.
     std::u16string scratch;
 };
+
+inline void PieceOutput::open() noexcept
+{
+    if (window.text != nullptr) {
+        std::u16string& text = *window.text;
+        end = text.data() + text.size();
+        // If a conversion has failed, there can be more text than the window allows.
+        windowEnd = std::max(end, text.data() + std::min(text.capacity(), window.limit));
+    }
+}
+
+inline void PieceOutput::close() noexcept
+{
+    if (end != nullptr) {
+        const auto length = static_cast<std::size_t>(end - window.text->data());
+        // Allocates nothing, and leaves the code units as they are.
+        window.text->resize_and_overwrite(
+            length, [length](char16_t*, std::size_t) noexcept { return length; });
+        end = nullptr;
+        windowEnd = nullptr;
+    }
+}
 
 } // namespace tarn::utils::detail

@@ -3,8 +3,22 @@
 #include "text/utf16.hpp"
 
 #include <ostream>
+#include <typeinfo>
 
 namespace tarn::utils {
+
+detail::AppendWindow detail::appendWindowOf(Sink& sink)
+{
+    const std::type_info& type = typeid(sink);
+    if (type == typeid(StdStringSink) || type == typeid(StreamSink)) {
+        return {&static_cast<ConvertingSink&>(sink).buffer, ConvertingSink::BUFFER_CAPACITY, false};
+    }
+    if (type == typeid(UStringSink)) {
+        std::u16string& target = static_cast<UStringSink&>(sink).target;
+        return {&target, target.max_size(), true};
+    }
+    return {};
+}
 
 UStringSink::UStringSink(std::u16string& target) : target(target)
 {

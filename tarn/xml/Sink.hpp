@@ -12,10 +12,6 @@
 
 namespace tarn::utils {
 
-namespace detail {
-class PieceOutput;
-}
-
 /// The abstract output of the writer. All of it is inline, so that a class outside the library can
 /// derive from it.
 class Sink
@@ -37,6 +33,23 @@ public:
     virtual void flush() = 0;
 };
 
+namespace detail {
+
+/// Where text may be appended in place of calls of a sink's `write`.
+struct AppendWindow
+{
+    /// The string that the sink appends each piece to; null if the sink does more with a piece.
+    std::u16string* text = nullptr;
+    /// In code units: the size up to which the sink only appends.
+    std::size_t limit = 0;
+    /// Whether `text` is the target, which the caller sees after each operation.
+    bool isTarget = false;
+};
+
+AppendWindow appendWindowOf(Sink& sink);
+
+} // namespace detail
+
 /// Appends every piece to a UTF-16 string at once.
 class UStringSink final : public Sink
 {
@@ -49,7 +62,7 @@ public:
     void flush() override;
 
 private:
-    friend class detail::PieceOutput;
+    friend detail::AppendWindow detail::appendWindowOf(Sink& sink);
 
     std::u16string& target;
 };
@@ -80,7 +93,7 @@ protected:
     virtual void writeConverted(const std::string& bytes) = 0;
 
 private:
-    friend class detail::PieceOutput;
+    friend detail::AppendWindow detail::appendWindowOf(Sink& sink);
 
     corda::i18n::codecvt_ustring_to_string converter;
     /// What has been written and not converted yet: at most BUFFER_CAPACITY code units, unless the

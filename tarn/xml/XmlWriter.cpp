@@ -16,50 +16,35 @@ namespace {
 
 using Text = std::u16string;
 
-void writeWholeElement(XmlWriter::Impl& impl, const Text& localName, const Text& namespaceUri,
-                       const Text& prefix, const Text& value)
+/// Calls @p OPERATION with the caller's UTF-16 string open for it.
+template <auto OPERATION, class... Arguments>
+[[gnu::noinline]] void callOverTarget(XmlWriter::Impl& impl, const Arguments&... arguments)
 {
-    impl.writeStartElement(localName, namespaceUri, prefix);
-    impl.writeStartElementClose();
-    impl.writeValue(value);
-    impl.writeEndElement();
+    const auto target = impl.openTarget();
+    std::invoke(OPERATION, impl, arguments...);
 }
 
-void writeWholeEmptyElement(XmlWriter::Impl& impl, const Text& localName, const Text& namespaceUri,
-                            const Text& prefix)
-{
-    impl.writeStartElement(localName, namespaceUri, prefix);
-    impl.writeEndElement();
-}
-
-void writeWholeAttribute(XmlWriter::Impl& impl, const Text& localName, const Text& namespaceUri,
-                         const Text& prefix, const Text& value)
-{
-    impl.writeStartAttribute(localName, namespaceUri, prefix);
-    impl.writeValue(value);
-    impl.writeEndAttribute();
-}
-
-/// Calls @p OPERATION with @p arguments, of which at least one is the target itself: a copy takes
-/// its place, since the target changes with each piece that is written. Out of line, so that
-/// ordinary calls need no room for the copy.
+/// The same with arguments of which at least one is this string itself: a copy takes its place,
+/// since the string changes with each piece that is written.
 template <auto OPERATION, class... Arguments>
 [[gnu::noinline, gnu::cold]] void callWithCopy(XmlWriter::Impl& impl, const Arguments&... arguments)
 {
     Text copy;
     ((impl.isTarget(arguments) ? void(copy = arguments) : void()), ...);
-    std::invoke(OPERATION, impl, (impl.isTarget(arguments) ? copy : arguments)...);
+    callOverTarget<OPERATION>(impl, (impl.isTarget(arguments) ? copy : arguments)...);
 }
 
-/// Calls @p OPERATION with @p arguments as they are now, be they the target itself.
+/// Calls @p OPERATION with @p arguments as they are now.
 template <auto OPERATION, class... Arguments>
 void call(XmlWriter::Impl* impl, const Arguments&... arguments)
 {
     assert(impl != nullptr && "a call on an XmlWriter that was moved from");
-    if ((impl->isTarget(arguments) || ...)) [[unlikely]] {
+    if (!impl->isOverTarget()) {
+        std::invoke(OPERATION, *impl, arguments...);
+    } else if ((impl->isTarget(arguments) || ...)) [[unlikely]] {
         callWithCopy<OPERATION>(*impl, arguments...);
     } else {
-        std::invoke(OPERATION, *impl, arguments...);
+        callOverTarget<OPERATION>(*impl, arguments...);
     }
 }
 
@@ -119,7 +104,7 @@ void XmlWriter::writeEndElement()
 void XmlWriter::writeElement(const std::u16string& localName, const std::u16string& namespaceUri,
                              const std::u16string& prefix, const std::u16string& value)
 {
-    call<writeWholeElement>(impl, localName, namespaceUri, prefix, value);
+    call<&Impl::writeElement>(impl, localName, namespaceUri, prefix, value);
 }
 
 void XmlWriter::writeElement(const std::u16string& localName, const std::u16string& namespaceUri,
@@ -136,7 +121,7 @@ void XmlWriter::writeElement(const std::u16string& localName, const std::u16stri
 void XmlWriter::writeEmptyElement(const std::u16string& localName,
                                   const std::u16string& namespaceUri, const std::u16string& prefix)
 {
-    call<writeWholeEmptyElement>(impl, localName, namespaceUri, prefix);
+    call<&Impl::writeEmptyElement>(impl, localName, namespaceUri, prefix);
 }
 
 void XmlWriter::writeStartAttribute(const std::u16string& localName,
@@ -154,7 +139,7 @@ void XmlWriter::writeEndAttribute()
 void XmlWriter::writeAttribute(const std::u16string& localName, const std::u16string& namespaceUri,
                                const std::u16string& prefix, const std::u16string& value)
 {
-    call<writeWholeAttribute>(impl, localName, namespaceUri, prefix, value);
+    call<&Impl::writeAttribute>(impl, localName, namespaceUri, prefix, value);
 }
 
 void XmlWriter::writeAttribute(const std::u16string& localName, const std::u16string& namespaceUri,

@@ -7,6 +7,7 @@
 #include "tarn/xml/BindingIndex.hpp"
 #include "tarn/xml/constants.hpp"
 #include "tarn/xml/PieceOutput.hpp"
+#include "tarn/xml/RegistrationStack.hpp"
 #include "tarn/xml/Sink.hpp"
 #include "tarn/xml/Spares.hpp"
 #include "tarn/xml/XmlWriter.hpp"
@@ -42,10 +43,16 @@ public:
                            const std::u16string& prefix);
     void writeStartElementClose();
     void writeEndElement();
+    void writeElement(const std::u16string& localName, const std::u16string& namespaceUri,
+                      const std::u16string& prefix, const std::u16string& value);
+    void writeEmptyElement(const std::u16string& localName, const std::u16string& namespaceUri,
+                           const std::u16string& prefix);
 
     void writeStartAttribute(const std::u16string& localName, const std::u16string& namespaceUri,
                              const std::u16string& prefix);
     void writeEndAttribute();
+    void writeAttribute(const std::u16string& localName, const std::u16string& namespaceUri,
+                        const std::u16string& prefix, const std::u16string& value);
     void writeNamespace(const std::u16string& namespaceUri, const std::u16string& prefix);
 
     /// Writes the declaration of every queued namespace name, oldest first, onto the start tag that
@@ -67,8 +74,12 @@ public:
     std::u16string qualifyName(const std::u16string& localName, const std::u16string& namespaceUri,
                                const std::u16string& prefix);
 
-    /// Whether @p argument is the string that the sink appends to, which changes at each piece.
-    bool isTarget(const std::u16string& argument) const { return output.appendsTo(argument); }
+    /// Whether the sink appends to a string of the caller's.
+    bool isOverTarget() const { return output.isOverTarget(); }
+    /// Whether @p argument is that string.
+    bool isTarget(const std::u16string& argument) const { return output.isTarget(argument); }
+    /// While the result exists, that string is written to in place. It must not be used meanwhile.
+    detail::PieceOutput::Operation openTarget() { return detail::PieceOutput::Operation(output); }
 
 private:
     struct StackItem
@@ -91,28 +102,49 @@ private:
 
     using Bindings = detail::BindingIndex::Bindings;
     using Binding = detail::BindingIndex::Binding;
+    using Registration = detail::BindingIndex::Entry;
 
+    // As writeStartElementClose() and writeEndAttribute(), inline where these write nothing.
+    void finishStartTag();
+    void finishAttribute();
+
+    void closeStartTag();
+    void endAttribute();
+    void prepareLongName(detail::QualifiedName name);
     /// Writes the start of an attribute up to its opening quote.
     void openAttribute(detail::QualifiedName name);
     /// Writes the closing quote of the open attribute value.
     void closeAttribute();
 
-    /// Writes @p text with the special code units replaced.
-    void writeEscaped(std::u16string_view text);
-    /// Writes from the beginning of @p text up to its first special code unit and the replacement
-    /// of that. Returns what follows.
-    std::u16string_view writeRun(std::u16string_view text);
+    detail::EscapedValue escaped(const std::u16string& value) const
+    {
+        return {value, isDefaultVersion ? detail::REPLACEMENTS_OF_XML_1_0 : detail::REPLACEMENTS};
+    }
+    /// Writes @p value with the special code units replaced.
+    void writeEscaped(const std::u16string& value);
+    /// Writes from the beginning of @p rest, the rest of @p value, up to its first special code
+    /// unit and the replacement of that. Returns what follows.
+    std::u16string_view writeRun(const std::u16string& value, std::u16string_view rest);
     void writeReplacement(char16_t special);
 
+    /// Returns the prefix of names in @p namespaceUri if they can be written at once, because the
+    /// namespace is bound and no declaration is queued; null otherwise.
+    const std::u16string* settledPrefix(const std::u16string& namespaceUri);
     detail::QualifiedName qualify(const std::u16string& localName,
                                   const std::u16string& namespaceUri, const std::u16string& prefix);
     /// Binds @p namespaceUri, which is not bound yet, and queues its declaration.
-    Binding bind(const std::u16string& namespaceUri, const std::u16string& prefix);
+    ///
+    /// @param hash as the index has given it with the answer that the name is not bound.
+    Binding bind(const std::u16string& namespaceUri, const std::u16string& prefix,
+                 std::uint32_t hash);
     /// As above, to @p prefix if it is not in use, or else to a generated one.
-    Binding bindUnused(const std::u16string& namespaceUri, const std::u16string& prefix);
+    Binding bindUnused(const std::u16string& namespaceUri, const std::u16string& prefix,
+                       std::uint32_t hash);
     bool isBound(Binding binding) const { return binding != prefixMap.end(); }
-    /// Queues the declaration of @p namespaceUri and marks @p prefix as used.
-    void queueDeclaration(const std::u16string& namespaceUri, const std::u16string& prefix);
+    /// Queues the declaration of a name that is bound and marks @p prefix as used.
+    void queueDeclaration(const Registration& registration, const std::u16string& prefix);
+    /// Returns the registration of @p namespaceUri, which stands in the stack at @p fromTop.
+    Registration registrationOf(const std::u16string& namespaceUri, std::size_t fromTop);
     /// Ends the bindings that were declared on @p element.
     void endBindings(StackItem& element);
 
@@ -149,13 +181,46 @@ private:
         static constexpr std::size_t SPARES = 4;
 
         detail::BindingIndex index;
-        detail::Spares<StackItem, SPARES> elements;
+        detail::RegistrationStack registrations;
+        /// elementStack.size(), which a deque has to compute.
+        std::size_t depth = 0;
+        /// The name of an element that is being written, if a string cannot hold it without an
+        /// allocation.
+        std::u16string longName;
+        detail::Spares<std::u16string, SPARES> elementNames;
+        detail::Spares<std::vector<std::u16string>, SPARES> declaredNamespaces;
         detail::Spares<Bindings::node_type, SPARES> bindings;
         detail::Spares<std::set<std::u16string>::node_type, SPARES> prefixes;
         detail::Spares<std::u16string, SPARES> namespaceNames;
     };
     Reuse reuse;
 };
+
+inline void XmlWriter::Impl::finishStartTag()
+{
+    if (state == State::StartTagOpen || state == State::AttributeOpen) {
+        closeStartTag();
+    }
+}
+
+inline void XmlWriter::Impl::finishAttribute()
+{
+    if (state == State::AttributeOpen) {
+        endAttribute();
+    }
+}
+
+inline const std::u16string* XmlWriter::Impl::settledPrefix(const std::u16string& namespaceUri)
+{
+    if (!pendingRegistrations.empty()) {
+        return nullptr;
+    }
+    if (namespaceUri.empty()) {
+        return &detail::NONE;
+    }
+    const Binding binding = reuse.index.find(namespaceUri).binding;
+    return isBound(binding) ? &binding->second : nullptr;
+}
 
 inline detail::QualifiedName XmlWriter::Impl::qualify(const std::u16string& localName,
                                                       const std::u16string& namespaceUri,
@@ -164,10 +229,10 @@ inline detail::QualifiedName XmlWriter::Impl::qualify(const std::u16string& loca
     if (namespaceUri.empty()) {
         return {detail::NONE, localName};
     }
-    auto binding = reuse.index.find(namespaceUri);
+    auto [binding, hash] = reuse.index.find(namespaceUri);
     if (!isBound(binding)) {
         // Out of line: its local strings would add a stack-protector check to every name.
-        binding = bindUnused(namespaceUri, prefix);
+        binding = bindUnused(namespaceUri, prefix, hash);
     }
     return {binding->second, localName};
 }

@@ -27,7 +27,6 @@ constexpr auto BLANK = u" "sv;
 constexpr auto VALUE_START = u"=\""sv;
 constexpr auto CHARACTER_REFERENCE_START = u"&#"sv;
 constexpr auto REFERENCE_END = u";"sv;
-constexpr char16_t VERTICAL_TAB = 0x0B;
 
 /// The indentation of a line with @p depth elements open around it.
 Spaces indentation(std::size_t depth)
@@ -59,11 +58,11 @@ void XmlWriter::Impl::writeStartDocument(const std::u16string& version)
 
 void XmlWriter::Impl::writeEndDocument()
 {
-    writeEndAttribute();
+    finishAttribute();
     while (!elementStack.empty()) {
         writeEndElement();
     }
-    sink->flush();
+    output.flush();
 }
 
 void XmlWriter::Impl::writeRawXml(const std::u16string& xml)
@@ -74,7 +73,7 @@ void XmlWriter::Impl::writeRawXml(const std::u16string& xml)
 void XmlWriter::Impl::writeValue(const std::u16string& value)
 {
     if (state == State::StartTagOpen) {
-        writeStartElementClose();
+        finishStartTag();
     }
     writeEscaped(value);
 }
@@ -83,24 +82,45 @@ void XmlWriter::Impl::writeStartElement(const std::u16string& localName,
                                         const std::u16string& namespaceUri,
                                         const std::u16string& prefix)
 {
-    writeStartElementClose();
-    StackItem element = reuse.elements.take();
-    qualify(localName, namespaceUri, prefix).assignTo(element.name);
-    output.write(LINE_FEED, indentation(elementStack.size()), START_TAG_START, element.name);
-    elementStack.push_back(std::move(element));
+    finishStartTag();
+    const QualifiedName name = qualify(localName, namespaceUri, prefix);
+    const bool isShort = mostUnits(name) <= SHORT_NAME;
+    if (!isShort) {
+        prepareLongName(name);
+    }
+    output.write(LINE_FEED, indentation(reuse.depth), START_TAG_START, name);
+    StackItem& element = elementStack.emplace_back();
+    if (isShort) {
+        assignShortName(name, element.name);
+    } else {
+        element.name = std::move(reuse.longName);
+    }
+    ++reuse.depth;
     state = State::StartTagOpen;
     if (!pendingRegistrations.empty()) {
         processDeferredRegistrations();
     }
 }
 
+void XmlWriter::Impl::prepareLongName(QualifiedName name)
+{
+    if (reuse.longName.capacity() <= SHORT_NAME) {
+        reuse.longName = reuse.elementNames.take();
+    }
+    reuse.longName.clear();
+    appendPiece(name, reuse.longName);
+}
+
 void XmlWriter::Impl::writeStartElementClose()
 {
-    writeEndAttribute();
-    if (state == State::StartTagOpen) {
-        output.write(TAG_END);
-        state = State::AfterStartTag;
-    }
+    finishStartTag();
+}
+
+void XmlWriter::Impl::closeStartTag()
+{
+    finishAttribute();
+    output.write(TAG_END);
+    state = State::AfterStartTag;
 }
 
 void XmlWriter::Impl::writeEndElement()
@@ -108,29 +128,67 @@ void XmlWriter::Impl::writeEndElement()
     if (elementStack.empty()) {
         return;
     }
-    writeEndAttribute();
+    finishAttribute();
     StackItem& element = elementStack.back();
     if (state == State::StartTagOpen) {
         output.write(EMPTY_ELEMENT_END);
     } else if (state == State::AfterStartTag) {
         output.write(END_TAG_START, element.name, TAG_END);
     } else {
-        output.write(LINE_FEED, indentation(elementStack.size() - 1), END_TAG_START, element.name,
-                     TAG_END);
+        output.write(LINE_FEED, indentation(reuse.depth - 1), END_TAG_START, element.name, TAG_END);
     }
     if (!element.declaredNamespaces.empty()) {
         endBindings(element);
+        reuse.declaredNamespaces.put(std::move(element.declaredNamespaces));
     }
-    reuse.elements.put(std::move(element));
+    if (element.name.capacity() > SHORT_NAME) {
+        reuse.elementNames.put(std::move(element.name));
+    }
     elementStack.pop_back();
+    --reuse.depth;
     state = State::AfterEndTag;
+}
+
+void XmlWriter::Impl::writeElement(const std::u16string& localName,
+                                   const std::u16string& namespaceUri, const std::u16string& prefix,
+                                   const std::u16string& value)
+{
+    finishStartTag();
+    if (const std::u16string* const settled = settledPrefix(namespaceUri)) {
+        const QualifiedName name{*settled, localName};
+        if (output.writeInPlace(LINE_FEED, indentation(reuse.depth), START_TAG_START, name, TAG_END,
+                                escaped(value), END_TAG_START, name, TAG_END)) {
+            state = State::AfterEndTag;
+            return;
+        }
+    }
+    writeStartElement(localName, namespaceUri, prefix);
+    finishStartTag();
+    writeValue(value);
+    writeEndElement();
+}
+
+void XmlWriter::Impl::writeEmptyElement(const std::u16string& localName,
+                                        const std::u16string& namespaceUri,
+                                        const std::u16string& prefix)
+{
+    finishStartTag();
+    if (const std::u16string* const settled = settledPrefix(namespaceUri)) {
+        if (output.writeInPlace(LINE_FEED, indentation(reuse.depth), START_TAG_START,
+                                QualifiedName{*settled, localName}, EMPTY_ELEMENT_END)) {
+            state = State::AfterEndTag;
+            return;
+        }
+    }
+    writeStartElement(localName, namespaceUri, prefix);
+    writeEndElement();
 }
 
 void XmlWriter::Impl::writeStartAttribute(const std::u16string& localName,
                                           const std::u16string& namespaceUri,
                                           const std::u16string& prefix)
 {
-    writeEndAttribute();
+    finishAttribute();
     if (state == State::StartTagOpen) {
         openAttribute(qualify(localName, namespaceUri, prefix));
     }
@@ -138,12 +196,32 @@ void XmlWriter::Impl::writeStartAttribute(const std::u16string& localName,
 
 void XmlWriter::Impl::writeEndAttribute()
 {
-    if (state == State::AttributeOpen) {
-        closeAttribute();
-        if (!pendingRegistrations.empty()) {
-            processDeferredRegistrations();
+    finishAttribute();
+}
+
+void XmlWriter::Impl::endAttribute()
+{
+    closeAttribute();
+    if (!pendingRegistrations.empty()) {
+        processDeferredRegistrations();
+    }
+}
+
+void XmlWriter::Impl::writeAttribute(const std::u16string& localName,
+                                     const std::u16string& namespaceUri,
+                                     const std::u16string& prefix, const std::u16string& value)
+{
+    finishAttribute();
+    if (state == State::StartTagOpen) {
+        const std::u16string* const settled = settledPrefix(namespaceUri);
+        if (settled != nullptr && output.writeInPlace(BLANK, QualifiedName{*settled, localName},
+                                                      VALUE_START, escaped(value), DOUBLE_QUOTE)) {
+            return;
         }
     }
+    writeStartAttribute(localName, namespaceUri, prefix);
+    writeValue(value);
+    finishAttribute();
 }
 
 void XmlWriter::Impl::openAttribute(QualifiedName name)
@@ -158,44 +236,49 @@ void XmlWriter::Impl::closeAttribute()
     state = State::StartTagOpen;
 }
 
-void XmlWriter::Impl::writeEscaped(std::u16string_view text)
+void XmlWriter::Impl::writeEscaped(const std::u16string& value)
 {
-    while (!text.empty()) {
-        output.compose(ESCAPING_MARGIN, [&text](char16_t* out, char16_t* outLast) noexcept {
-            const EscapedRun run = escapeMarkup(text.begin(), text.end(), out, outLast);
-            text.remove_prefix(static_cast<std::size_t>(run.read - text.begin()));
+    if (output.writeInPlace(escaped(value))) {
+        return;
+    }
+    const Replacements& replacements = escaped(value).replacements;
+    std::u16string_view rest = value;
+    while (!rest.empty()) {
+        output.compose(ESCAPING_MARGIN, [&](char16_t* out, char16_t* outLast) noexcept {
+            const EscapedRun run = escape(rest.begin(), rest.end(), out, outLast, replacements);
+            rest.remove_prefix(static_cast<std::size_t>(run.read - rest.begin()));
             return run.written;
         });
-        if (!text.empty()) {
-            text = writeRun(text);
+        if (!rest.empty()) {
+            rest = writeRun(value, rest);
         }
     }
 }
 
-std::u16string_view XmlWriter::Impl::writeRun(std::u16string_view text)
+std::u16string_view XmlWriter::Impl::writeRun(const std::u16string& value, std::u16string_view rest)
 {
-    const char16_t* const special = findSpecial(text.begin(), text.end());
-    const std::u16string_view run(text.begin(), special);
-    if (!run.empty()) {
+    const char16_t* const special = findSpecial(rest.begin(), rest.end());
+    const std::u16string_view run(rest.begin(), special);
+    if (run.size() == value.size()) {
+        output.write(value);
+    } else if (!run.empty()) {
         output.write(run);
     }
-    text.remove_prefix(run.size());
-    if (!text.empty()) {
-        writeReplacement(text.front());
-        text.remove_prefix(1);
+    rest.remove_prefix(run.size());
+    if (!rest.empty()) {
+        writeReplacement(rest.front());
+        rest.remove_prefix(1);
     }
-    return text;
+    return rest;
 }
 
 void XmlWriter::Impl::writeReplacement(char16_t special)
 {
-    const std::u16string_view reference = entityReference(special);
-    if (!reference.empty()) {
-        output.write(reference);
-    } else if (!isDefaultVersion) {
+    if (isControl(special) && !isDefaultVersion) {
         output.write(CHARACTER_REFERENCE_START, num_to_string(special), REFERENCE_END);
-    } else if (special == VERTICAL_TAB) {
-        output.write(BLANK);
+    } else if (const auto replacement = REPLACEMENTS_OF_XML_1_0[special].text();
+               !replacement.empty()) {
+        output.write(replacement);
     }
 }
 

@@ -12,12 +12,13 @@ using namespace detail;
 void XmlWriter::Impl::writeNamespace(const std::u16string& namespaceUri,
                                      const std::u16string& prefix)
 {
-    writeEndAttribute();
+    finishAttribute();
     if (state != State::StartTagOpen) {
         return;
     }
-    if (!isBound(reuse.index.find(namespaceUri))) {
-        bindUnused(namespaceUri, prefix);
+    const auto [binding, hash] = reuse.index.find(namespaceUri);
+    if (!isBound(binding)) {
+        bindUnused(namespaceUri, prefix, hash);
         processDeferredRegistrations();
     }
 }
@@ -25,8 +26,12 @@ void XmlWriter::Impl::writeNamespace(const std::u16string& namespaceUri,
 void XmlWriter::Impl::processDeferredRegistrations()
 {
     std::vector<std::u16string>& declared = elementStack.back().declaredNamespaces;
+    if (declared.capacity() == 0) {
+        declared = reuse.declaredNamespaces.take();
+    }
     while (!pendingRegistrations.empty()) {
-        const auto binding = reuse.index.find(pendingRegistrations.front());
+        const Binding binding =
+            registrationOf(pendingRegistrations.front(), pendingRegistrations.size()).binding;
         if (!isBound(binding)) {
             pendingRegistrations.pop_front();
             continue;
@@ -43,10 +48,12 @@ void XmlWriter::Impl::processDeferredRegistrations()
 void XmlWriter::Impl::registerPrefix(const std::u16string& namespaceUri,
                                      const std::u16string& prefix)
 {
-    if (!isBound(reuse.index.find(namespaceUri))) {
-        bind(namespaceUri, prefix);
+    const Registration registration = reuse.index.find(namespaceUri);
+    if (!isBound(registration.binding)) {
+        bind(namespaceUri, prefix, registration.hash);
     } else {
-        queueDeclaration(namespaceUri, prefix);
+        reuse.registrations.giveUp(); // one binding with two records
+        queueDeclaration(registration, prefix);
     }
 }
 
@@ -68,20 +75,22 @@ std::u16string XmlWriter::Impl::qualifyName(const std::u16string& localName,
                                             const std::u16string& prefix)
 {
     std::u16string name;
-    qualify(localName, namespaceUri, prefix).assignTo(name);
+    appendPiece(qualify(localName, namespaceUri, prefix), name);
     return name;
 }
 
 XmlWriter::Impl::Binding XmlWriter::Impl::bindUnused(const std::u16string& namespaceUri,
-                                                     const std::u16string& prefix)
+                                                     const std::u16string& prefix,
+                                                     std::uint32_t hash)
 {
-    return bind(namespaceUri, findUnusedPrefix(prefix));
+    return bind(namespaceUri, findUnusedPrefix(prefix), hash);
 }
 
 XmlWriter::Impl::Binding XmlWriter::Impl::bind(const std::u16string& namespaceUri,
-                                               const std::u16string& prefix)
+                                               const std::u16string& prefix, std::uint32_t hash)
 {
     reuse.index.reserve();
+    reuse.registrations.reserve();
     Bindings::node_type node = reuse.bindings.take();
     if (!node.empty()) {
         node.key() = namespaceUri;
@@ -89,17 +98,18 @@ XmlWriter::Impl::Binding XmlWriter::Impl::bind(const std::u16string& namespaceUr
     }
     const Binding binding = node.empty() ? prefixMap.emplace(namespaceUri, prefix).first
                                          : prefixMap.insert(std::move(node)).position;
-    reuse.index.add(binding);
-    queueDeclaration(namespaceUri, prefix);
+    reuse.index.add({binding, hash});
+    queueDeclaration({binding, hash}, prefix);
     return binding;
 }
 
-void XmlWriter::Impl::queueDeclaration(const std::u16string& namespaceUri,
+void XmlWriter::Impl::queueDeclaration(const Registration& registration,
                                        const std::u16string& prefix)
 {
     std::u16string name = reuse.namespaceNames.take();
-    name = namespaceUri;
+    name = registration.binding->first;
     pendingRegistrations.push_back(std::move(name));
+    reuse.registrations.push(registration);
     std::set<std::u16string>::node_type node = reuse.prefixes.take();
     if (node.empty()) {
         usedPrefixes.insert(prefix);
@@ -109,18 +119,31 @@ void XmlWriter::Impl::queueDeclaration(const std::u16string& namespaceUri,
     }
 }
 
+XmlWriter::Impl::Registration XmlWriter::Impl::registrationOf(const std::u16string& namespaceUri,
+                                                              std::size_t fromTop)
+{
+    const Registration* const known = reuse.registrations.fromTop(fromTop);
+    return known != nullptr ? *known : reuse.index.find(namespaceUri);
+}
+
 void XmlWriter::Impl::endBindings(StackItem& element)
 {
+    if (!pendingRegistrations.empty()) {
+        reuse.registrations.giveUp(); // the element's are not on top
+    }
+    const std::size_t count = element.declaredNamespaces.size();
+    std::size_t fromTop = count;
     for (std::u16string& namespaceUri : element.declaredNamespaces) {
         // A name that was declared twice is no longer bound the second time.
-        const auto binding = reuse.index.find(namespaceUri);
-        if (isBound(binding)) {
-            reuse.index.remove(binding);
-            reuse.prefixes.put(usedPrefixes.extract(binding->second));
-            reuse.bindings.put(prefixMap.extract(binding));
+        const Registration registration = registrationOf(namespaceUri, fromTop--);
+        if (isBound(registration.binding)) {
+            reuse.index.remove(registration);
+            reuse.prefixes.put(usedPrefixes.extract(registration.binding->second));
+            reuse.bindings.put(prefixMap.extract(registration.binding));
         }
         reuse.namespaceNames.put(std::move(namespaceUri));
     }
+    reuse.registrations.pop(count);
     element.declaredNamespaces.clear();
 }
 

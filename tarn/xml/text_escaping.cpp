@@ -1,60 +1,58 @@
 #include "tarn/xml/text_escaping.hpp"
 
-#include "tarn/xml/copy_units.hpp"
+#include "tarn/xml/escaping_steps.hpp"
 
-#include <array>
-#include <bit>
-#include <cstdint>
-#include <emmintrin.h> // SSE2, which every x86-64 processor has
+#include <algorithm>
 
 namespace tarn::utils::detail {
 
 namespace {
 
-/// An entity reference, padded to the width of the vector that it is copied with.
-struct Entity
+constexpr std::size_t STEP = ESCAPING_STEP;
+constexpr std::size_t BLOCK = ESCAPING_BLOCK;
+
+constexpr bool isSpecialControl(unsigned unit)
 {
-    char16_t units[7];
-    char16_t length;
-
-    constexpr std::u16string_view text() const { return {units, length}; }
-};
-
-constexpr std::size_t ENTITY_WIDTH = 8;
-static_assert(sizeof(Entity) == ENTITY_WIDTH * sizeof(char16_t));
-
-constexpr std::size_t LONGEST_ENTITY = 6;
-
-/// The entity references by code unit; empty for a code unit that has none. No special code unit is
-/// beyond the table.
-constexpr std::array<Entity, 64> ENTITIES = [] {
-    std::array<Entity, 64> entities{};
-    entities[u'<'] = {u"&lt;", 4};
-    entities[u'>'] = {u"&gt;", 4};
-    entities[u'&'] = {u"&amp;", 5};
-    entities[u'"'] = {u"&quot;", 6};
-    entities[u'\''] = {u"&apos;", 6};
-    return entities;
-}();
-
-constexpr bool isMarkup(char16_t unit)
-{
-    return unit < ENTITIES.size() && ENTITIES[unit].length != 0;
+    return unit < u' ' && unit != 0 && unit != u'\t' && unit != u'\n' && unit != u'\r';
 }
 
-constexpr bool isSpecialControl(char16_t unit)
+constexpr Replacements replacementsOfMarkup()
 {
-    return unit < 0x20 && unit != 0 && unit != u'\t' && unit != u'\n' && unit != u'\r';
+    Replacements replacements{};
+    replacements[u'<'] = {u"&lt;", 4};
+    replacements[u'>'] = {u"&gt;", 4};
+    replacements[u'&'] = {u"&amp;", 5};
+    replacements[u'"'] = {u"&quot;", 6};
+    replacements[u'\''] = {u"&apos;", 6};
+    return replacements;
+}
+
+constexpr Replacements replacementsWithReferences()
+{
+    const auto digit = [](unsigned value) { return static_cast<char16_t>(u'0' + value); };
+    Replacements replacements = replacementsOfMarkup();
+    for (unsigned unit = 0; unit < u' '; ++unit) {
+        if (isSpecialControl(unit) && unit < 10) {
+            replacements[unit] = {{u'&', u'#', digit(unit), u';'}, 4};
+        } else if (isSpecialControl(unit)) {
+            replacements[unit] = {{u'&', u'#', digit(unit / 10), digit(unit % 10), u';'}, 5};
+        }
+    }
+    return replacements;
+}
+
+constexpr Replacements replacementsWithoutControls()
+{
+    Replacements replacements = replacementsOfMarkup();
+    replacements[u'\v'] = {u" ", 1};
+    return replacements;
 }
 
 constexpr bool isSpecial(char16_t unit)
 {
-    return isMarkup(unit) || isSpecialControl(unit);
+    constexpr Replacements replacements = replacementsWithReferences();
+    return unit < replacements.size() && replacements[unit].length != 0;
 }
-
-/// In code units: what one vector step looks at, and what one mask covers.
-constexpr std::size_t STEP = 16;
-constexpr std::size_t BLOCK = 64;
 
 __m128i load(const char16_t* units)
 {
@@ -120,48 +118,34 @@ std::uint64_t specialsOfBlock(const char16_t* units)
     return specials;
 }
 
-/// Copies @p length code units and more, in whole steps.
-char16_t* copySteps(const char16_t* from, std::size_t length, char16_t* out)
+EscapedRun escapeWithSse2(const char16_t* first, const char16_t* last, char16_t* out,
+                          const char16_t* outLast, const Replacements& replacements)
 {
-    copyBlock<STEP>(from, out);
-    for (std::size_t copied = STEP; copied < length; copied += STEP) {
-        copyBlock<STEP>(from + copied, out + copied);
-    }
-    return out + length;
-}
-
-char16_t* copyExactly(const char16_t* from, std::size_t length, char16_t* out)
-{
-    return copyUnits({from, length}, out);
-}
-
-/// Copies @p length code units with the markup characters that @p specials marks replaced. Stops
-/// before a control character among them.
-template <char16_t* copyRun(const char16_t*, std::size_t, char16_t*)>
-EscapedRun replaceSpecials(const char16_t* units, std::size_t length, std::uint64_t specials,
-                           char16_t* out)
-{
-    std::size_t position = 0;
-    for (; specials != 0; specials &= specials - 1) {
-        const auto special = static_cast<std::size_t>(std::countr_zero(specials));
-        out = copyRun(units + position, special - position, out);
-        const Entity& entity = ENTITIES[units[special]];
-        if (entity.length == 0) [[unlikely]] {
-            return {units + special, out};
+    while (hasBlock(first, last, out, outLast)) {
+        const std::uint64_t specials = specialsOfBlock(first);
+        if (specials == 0) {
+            copyBlock<BLOCK>(first, out);
+            out += BLOCK;
+        } else {
+            out = replaceSpecials<copySteps>(first, BLOCK, specials, out, replacements);
         }
-        copyBlock<ENTITY_WIDTH>(entity.units, out);
-        out += entity.length;
-        position = special + 1;
+        first += BLOCK;
     }
-    return {units + length, copyRun(units + position, length - position, out)};
+    return escapeBySteps(first, last, out, outLast, replacements);
+}
+
+Escaper bestEscaper()
+{
+    const auto levels = escaperLevels();
+    return std::ranges::find_if(
+               levels, [](Escaper escape) { return escape != nullptr; }, &EscaperLevel::escape)
+        ->escape;
 }
 
 } // namespace
 
-std::u16string_view entityReference(char16_t special)
-{
-    return ENTITIES[special].text();
-}
+constexpr Replacements REPLACEMENTS = replacementsWithReferences();
+constexpr Replacements REPLACEMENTS_OF_XML_1_0 = replacementsWithoutControls();
 
 const char16_t* findSpecial(const char16_t* first, const char16_t* last)
 {
@@ -176,38 +160,29 @@ const char16_t* findSpecial(const char16_t* first, const char16_t* last)
     return specials != 0 ? first + std::countr_zero(specials) : last;
 }
 
-EscapedRun escapeMarkup(const char16_t* first, const char16_t* last, char16_t* out,
-                        const char16_t* outLast)
+EscapedRun escape(const char16_t* first, const char16_t* last, char16_t* out,
+                  const char16_t* outLast, const Replacements& replacements)
 {
-    // What a copy of so many code units may write, copies that overrun its end included.
-    constexpr auto room = [](std::size_t units) { return units * LONGEST_ENTITY + STEP; };
-    static_assert(room(STEP) <= ESCAPING_MARGIN);
+    if (!hasBlock(first, last, out, outLast)) {
+        return escapeBySteps(first, last, out, outLast, replacements);
+    }
+    static const Escaper best = bestEscaper();
+    return best(first, last, out, outLast, replacements);
+}
 
+std::array<EscaperLevel, 2> escaperLevels()
+{
+    return {{{"AVX2", escaperForAvx2()}, {"SSE2", escapeWithSse2}}};
+}
+
+EscapedRun escapeBySteps(const char16_t* first, const char16_t* last, char16_t* out,
+                         const char16_t* outLast, const Replacements& replacements)
+{
     const auto unread = [&] { return static_cast<std::size_t>(last - first); };
     const auto left = [&] { return static_cast<std::size_t>(outLast - out); };
-    while (unread() >= BLOCK + STEP && left() >= room(BLOCK)) {
-        const std::uint64_t specials = specialsOfBlock(first);
-        if (specials == 0) {
-            copyBlock<BLOCK>(first, out);
-            first += BLOCK;
-            out += BLOCK;
-            continue;
-        }
-        const EscapedRun block = replaceSpecials<copySteps>(first, BLOCK, specials, out);
-        out = block.written;
-        if (block.read != first + BLOCK) {
-            return block;
-        }
-        first = block.read;
-    }
     while (unread() >= STEP && left() >= ESCAPING_MARGIN) {
-        const EscapedRun step =
-            replaceSpecials<copyExactly>(first, STEP, specialsOfStep(first), out);
-        out = step.written;
-        if (step.read != first + STEP) {
-            return step;
-        }
-        first = step.read;
+        out = replaceSpecials<copyExactly>(first, STEP, specialsOfStep(first), out, replacements);
+        first += STEP;
     }
     if (unread() >= STEP || left() < ESCAPING_MARGIN) {
         return {first, out};
@@ -216,7 +191,7 @@ EscapedRun escapeMarkup(const char16_t* first, const char16_t* last, char16_t* o
     if (specials == 0) {
         return {last, copyExactly(first, unread(), out)};
     }
-    return replaceSpecials<copyExactly>(first, unread(), specials, out);
+    return {last, replaceSpecials<copyExactly>(first, unread(), specials, out, replacements)};
 }
 
 } // namespace tarn::utils::detail

@@ -6,13 +6,39 @@
 // U+0000 is not special.
 #pragma once
 
+#include <array>
 #include <cstddef>
 #include <string_view>
 
 namespace tarn::utils::detail {
 
-/// The entity reference for the special code unit @p special; empty if that is a control character.
-std::u16string_view entityReference(char16_t special);
+/// What stands in the place of a special code unit, padded to the width of the vector that it is
+/// copied with.
+struct Replacement
+{
+    char16_t units[7];
+    char16_t length;
+
+    constexpr std::u16string_view text() const { return {units, length}; }
+};
+
+/// In UTF-16 code units.
+inline constexpr std::size_t LONGEST_REPLACEMENT = 6;
+
+/// By special code unit; all are in the table.
+using Replacements = std::array<Replacement, 64>;
+
+/// Control characters become decimal character references.
+extern const Replacements REPLACEMENTS;
+/// Control characters, which XML 1.0 cannot represent, are left out; a vertical tab becomes a
+/// space.
+extern const Replacements REPLACEMENTS_OF_XML_1_0;
+
+/// Whether the special code unit @p special is a control character.
+constexpr bool isControl(char16_t special)
+{
+    return special < u' ';
+}
 
 /// Returns a pointer to the first special code unit from @p first on, or @p last if there is none.
 const char16_t* findSpecial(const char16_t* first, const char16_t* last);
@@ -27,12 +53,28 @@ struct EscapedRun
 /// In UTF-16 code units: an escaping copy stops only with less room than this.
 inline constexpr std::size_t ESCAPING_MARGIN = 128;
 
-/// Copies text to @p out with the five markup characters replaced by entity references.
+/// Copies text to @p out with its special code units replaced.
 ///
-/// Stops at @p last, before a control character that is special, or with less than ESCAPING_MARGIN
-/// code units left before @p outLast. Writes nothing at or after @p outLast, but may write beyond
-/// the copy's end.
-EscapedRun escapeMarkup(const char16_t* first, const char16_t* last, char16_t* out,
-                        const char16_t* outLast);
+/// Stops at @p last, or with less than ESCAPING_MARGIN code units left before @p outLast. Writes
+/// nothing at or after @p outLast, but may write beyond the copy's end.
+EscapedRun escape(const char16_t* first, const char16_t* last, char16_t* out,
+                  const char16_t* outLast, const Replacements& replacements);
+
+using Escaper = EscapedRun (*)(const char16_t* first, const char16_t* last, char16_t* out,
+                               const char16_t* outLast, const Replacements& replacements);
+
+/// A kernel for one level of processors, which does what escape() does.
+struct EscaperLevel
+{
+    std::string_view name;
+    Escaper escape; ///< Null if this processor is below the level.
+};
+
+/// All levels, the best first; every processor can run the last. escape() uses the first that this
+/// processor can run.
+std::array<EscaperLevel, 2> escaperLevels();
+
+/// The kernel of that level, or null.
+Escaper escaperForAvx2();
 
 } // namespace tarn::utils::detail

@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <cstddef>
+#include <string>
 #include <string_view>
 
 namespace tarn::tests {
@@ -35,25 +36,27 @@ constexpr bool isPlainControl(char16_t unit)
            (unit >= 0x0E && unit <= 0x1F);
 }
 
+/// What stands for @p unit in a document of version 1.0, where control characters are left out, or
+/// in another.
+inline std::u16string plainReplacement(char16_t unit, bool isVersion10)
+{
+    if (!isPlainControl(unit)) {
+        const std::u16string_view entity = plainEntity(unit);
+        return std::u16string(entity.empty() ? std::u16string_view(&unit, 1) : entity);
+    }
+    if (isVersion10) {
+        return unit == 0x0B ? u" " : u"";
+    }
+    const std::string number = std::to_string(unit);
+    return u"&#" + std::u16string(number.begin(), number.end()) + u";";
+}
+
 /// As utils::detail::findSpecial().
 inline const char16_t* findSpecialPlain(const char16_t* first, const char16_t* last)
 {
     return std::find_if(first, last, [](char16_t unit) {
         return !plainEntity(unit).empty() || isPlainControl(unit);
     });
-}
-
-/// As utils::detail::escapeMarkup().
-inline utils::detail::EscapedRun escapeMarkupPlain(const char16_t* first, const char16_t* last,
-                                                   char16_t* out, const char16_t* outLast)
-{
-    while (first != last && !isPlainControl(*first) &&
-           static_cast<std::size_t>(outLast - out) >= utils::detail::ESCAPING_MARGIN) {
-        const std::u16string_view entity = plainEntity(*first);
-        out = entity.empty() ? (*out = *first, out + 1) : std::ranges::copy(entity, out).out;
-        ++first;
-    }
-    return {first, out};
 }
 
 } // namespace tarn::tests

@@ -27,7 +27,7 @@ codecvt_ustring_to_string::codecvt_ustring_to_string(const std::string& encoding
                                                      bool replaceUnpaired)
     : replaceUnpaired(replaceUnpaired)
 {
-    if (!equalIgnoringCase(encoding, UTF8_NAME)) {
+    if (encoding != UTF8_NAME && !equalIgnoringCase(encoding, UTF8_NAME)) {
         throw std::invalid_argument("no conversion from UTF-16 to the encoding \"" + encoding +
                                     "\"");
     }
