@@ -1,6 +1,7 @@
 // UTF-16 to UTF-8 with vectors of 32 bytes, sixteen code units in a step. The bytes are built as by
 // the encoder for SSSE3.
 
+#include "text/kernel_level.hpp"
 #include "text/utf8_encoder.hpp"
 #include "text/utf8_slots.hpp"
 
@@ -224,8 +225,7 @@ writeThreeBytes(Units units, Units ascii, Units twoBytes, Units second, Units la
 
 Utf8Encoder utf8EncoderForAvx2()
 {
-    const bool available = __builtin_cpu_supports("avx2") && __builtin_cpu_supports("popcnt");
-    return available ? encode : nullptr;
+    return canUse(KernelLevel::Avx2) ? encode : nullptr;
 }
 
 } // namespace tarn::text

@@ -1,6 +1,7 @@
 // UTF-16 to UTF-8 with vectors of 64 bytes, 32 code units in a step. The bytes are built as by the
 // encoder for SSSE3; one instruction closes the gaps between those that are kept.
 
+#include "text/kernel_level.hpp"
 #include "text/utf8_encoder.hpp"
 #include "text/utf8_slots.hpp"
 
@@ -140,11 +141,7 @@ encode(const char16_t* first, const char16_t* last, char* out)
 
 Utf8Encoder utf8EncoderForAvx512()
 {
-    const bool available =
-        USES_AVX512 && __builtin_cpu_supports("avx512f") && __builtin_cpu_supports("avx512bw") &&
-        __builtin_cpu_supports("avx512vl") && __builtin_cpu_supports("avx512vbmi2") &&
-        __builtin_cpu_supports("bmi2") && __builtin_cpu_supports("popcnt");
-    return available ? encode : nullptr;
+    return canUse(KernelLevel::Avx512) ? encode : nullptr;
 }
 
 } // namespace tarn::text

@@ -5,6 +5,7 @@
 //     high half: F0 | w >> 8,                             80 | (w >> 2 & 3F)
 //     low half:  80 | (half before & 3) << 4 | (u >> 6 & F), 80 | (u & 3F)
 
+#include "text/kernel_level.hpp"
 #include "text/utf8_encoder.hpp"
 #include "text/utf8_slots.hpp"
 
@@ -193,8 +194,7 @@ bool isAscii(Units units)
 
 Utf8Encoder utf8EncoderForSsse3()
 {
-    const bool available = __builtin_cpu_supports("ssse3") && __builtin_cpu_supports("popcnt");
-    return available ? encode : nullptr;
+    return canUse(KernelLevel::Ssse3) ? encode : nullptr;
 }
 
 } // namespace tarn::text

@@ -1,4 +1,5 @@
-// Elements in the namespaces of two office formats, in random order, and the same elements in one namespace.
+// Elements in the namespaces of two office formats, in random order, and the same elements in one
+// namespace.
 #pragma once
 
 #include "benchmarks/documents/TextSource.hpp"
@@ -45,8 +46,8 @@ private:
         String text;
     };
 
-    /// Twenty of OpenDocument, then twenty of Office Open XML. The names of each format begin alike, and
-    /// those of the first also end alike.
+    /// Twenty of OpenDocument, then twenty of Office Open XML. The names of each format begin
+    /// alike, and those of the first also end alike.
     static std::vector<Namespace<String>> firstNamespaces()
     {
         const std::u16string openDocument = u"urn:oasis:names:tc:opendocument:xmlns:";
@@ -56,24 +57,38 @@ private:
         const auto add = [&](const std::u16string& name) {
             all.emplace_back(name, numbered(u"p", number++));
         };
-        for (const char16_t* name :
-             {u"office", u"style", u"text", u"table", u"drawing", u"xsl-fo-compatible",
-              u"svg-compatible", u"smil-compatible", u"meta", u"datastyle", u"chart", u"dr3d",
-              u"form", u"script", u"config", u"presentation", u"animation", u"manifest",
-              u"database", u"of"}) {
+        for (const char16_t* name : {u"office",         u"style",
+                                     u"text",           u"table",
+                                     u"drawing",        u"xsl-fo-compatible",
+                                     u"svg-compatible", u"smil-compatible",
+                                     u"meta",           u"datastyle",
+                                     u"chart",          u"dr3d",
+                                     u"form",           u"script",
+                                     u"config",         u"presentation",
+                                     u"animation",      u"manifest",
+                                     u"database",       u"of"}) {
             add(openDocument + name + u":1.0");
         }
-        for (const char16_t* name :
-             {u"wordprocessingml/2006/main", u"spreadsheetml/2006/main",
-              u"presentationml/2006/main", u"drawingml/2006/main", u"drawingml/2006/chart",
-              u"drawingml/2006/diagram", u"drawingml/2006/picture",
-              u"drawingml/2006/chartDrawing", u"drawingml/2006/lockedCanvas",
-              u"drawingml/2006/spreadsheetDrawing", u"drawingml/2006/wordprocessingDrawing",
-              u"officeDocument/2006/math", u"officeDocument/2006/relationships",
-              u"officeDocument/2006/bibliography", u"officeDocument/2006/customXml",
-              u"officeDocument/2006/custom-properties", u"officeDocument/2006/docPropsVTypes",
-              u"officeDocument/2006/extended-properties", u"package/2006/relationships",
-              u"package/2006/content-types"}) {
+        for (const char16_t* name : {u"wordprocessingml/2006/main",
+                                     u"spreadsheetml/2006/main",
+                                     u"presentationml/2006/main",
+                                     u"drawingml/2006/main",
+                                     u"drawingml/2006/chart",
+                                     u"drawingml/2006/diagram",
+                                     u"drawingml/2006/picture",
+                                     u"drawingml/2006/chartDrawing",
+                                     u"drawingml/2006/lockedCanvas",
+                                     u"drawingml/2006/spreadsheetDrawing",
+                                     u"drawingml/2006/wordprocessingDrawing",
+                                     u"officeDocument/2006/math",
+                                     u"officeDocument/2006/relationships",
+                                     u"officeDocument/2006/bibliography",
+                                     u"officeDocument/2006/customXml",
+                                     u"officeDocument/2006/custom-properties",
+                                     u"officeDocument/2006/docPropsVTypes",
+                                     u"officeDocument/2006/extended-properties",
+                                     u"package/2006/relationships",
+                                     u"package/2006/content-types"}) {
             add(openXml + name);
         }
         all.erase(all.begin() + static_cast<std::ptrdiff_t>(COUNT), all.end());

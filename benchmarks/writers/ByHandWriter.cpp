@@ -1,6 +1,6 @@
-// The least that a program can do that makes the same bytes in the same way: ready qualified names, one
-// batch of UTF-16 and one conversion for each, with this project's kernels, and no namespaces, sinks or
-// failures to care for. What a writer takes longer than this is what its interface costs.
+// The least that a program can do that makes the same bytes in the same way: ready qualified names,
+// one batch of UTF-16 and one conversion for each, with this project's kernels, and no namespaces,
+// sinks or failures to care for. What a writer takes longer than this is what its interface costs.
 #include "benchmarks/registry.hpp"
 
 #include "tarn/xml/copy_if_plain.hpp"
@@ -156,8 +156,8 @@ private:
             if (room() < ESCAPING_MARGIN) {
                 convert();
             }
-            const auto run = escape(unread, value.end(), end, std::end(batch),
-                                    REPLACEMENTS_OF_XML_1_0);
+            const auto run =
+                escape(unread, value.end(), end, std::end(batch), REPLACEMENTS_OF_XML_1_0);
             unread = run.read;
             end = run.written;
         }
@@ -170,8 +170,7 @@ private:
         const std::size_t used = target.size();
         target.resize_and_overwrite(
             used + tarn::text::encodedUtf8Bound(length), [&](char* bytes, std::size_t) {
-                const auto converted =
-                    tarn::text::encodeUtf8(batch, batch + length, bytes + used);
+                const auto converted = tarn::text::encodeUtf8(batch, batch + length, bytes + used);
                 return static_cast<std::size_t>(converted.written - bytes);
             });
         end = std::copy(batch + length, end, batch);
@@ -185,7 +184,7 @@ private:
     char16_t batch[CAPACITY];
 };
 
-const Registration<ByHandWriter> registration("by hand", "");
+const Registration<ByHandWriter> registration("by-hand", "");
 
 } // namespace
 

@@ -8,12 +8,12 @@
 
 namespace tarn::utils::detail {
 
-/// Holds what the index knows of each name in the writer's records: of the names declared on all open
-/// elements, outermost first, and then of those whose declarations are queued, oldest first. So a binding
-/// is not looked up again to be declared and to be ended.
+/// Holds what the index knows of each name in the writer's records: of the names declared on all
+/// open elements, outermost first, and then of those whose declarations are queued, oldest first.
+/// So a binding is not looked up again to be declared and to be ended.
 ///
-/// That needs one record for each binding, ended in the reverse order. Where it is not so, the stack is
-/// given up, and the names are looked up from then on.
+/// That needs one record for each binding, ended in the reverse order. Where it is not so, the
+/// stack is given up, and the names are looked up from then on.
 class RegistrationStack
 {
 public:

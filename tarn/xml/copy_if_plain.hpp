@@ -1,5 +1,5 @@
-// Copying of short values that hold nothing to be replaced, inline: most values are of that kind, and each
-// code unit is loaded only once.
+// Copying of short values that hold nothing to be replaced, inline: most values are of that kind,
+// and each code unit is loaded only once.
 #pragma once
 
 #include "tarn/xml/copy_units.hpp"
@@ -11,8 +11,8 @@
 
 namespace tarn::utils::detail {
 
-/// All bits of each byte that could come from a special code unit: also those of the control characters
-/// that are not special.
+/// All bits of each byte that could come from a special code unit: also those of the control
+/// characters that are not special.
 ///
 /// @param low,high code units, eight each.
 inline __m128i suspects(__m128i low, __m128i high)
@@ -31,8 +31,8 @@ inline __m128i suspects(__m128i low, __m128i high)
 /// In UTF-16 code units: for longer values the kernels of text_escaping.hpp are faster.
 inline constexpr std::size_t LONGEST_SHORT_VALUE = 128;
 
-/// Copies @p text to @p out and returns the end of the copy, or null if some code unit of it could be
-/// special, in which case what it has written is of no use. The two must not overlap.
+/// Copies @p text to @p out and returns the end of the copy, or null if some code unit of it could
+/// be special, in which case what it has written is of no use. The two must not overlap.
 inline char16_t* copyIfPlain(std::u16string_view text, char16_t* out)
 {
     const auto load = [](const char16_t* units) {

@@ -1,5 +1,5 @@
-// What the escaping kernels have in common: how specials are replaced once they are found, and the search
-// for them with vectors of 16 bytes. Private to the kernels.
+// What the escaping kernels have in common: how specials are replaced once they are found, and the
+// search for them with vectors of 16 bytes. Private to the kernels.
 #pragma once
 
 #include "tarn/xml/copy_units.hpp"
@@ -15,7 +15,8 @@ namespace tarn::utils::detail {
 inline constexpr std::size_t ESCAPING_STEP = 16;
 inline constexpr std::size_t ESCAPING_BLOCK = 64;
 
-/// In code units: what a copy of @p units code units may write, copies that overrun its end included.
+/// In code units: what a copy of @p units code units may write, copies that overrun its end
+/// included.
 constexpr std::size_t roomForEscaped(std::size_t units)
 {
     return units * LONGEST_REPLACEMENT + ESCAPING_STEP;
@@ -53,11 +54,12 @@ EscapedRun escapeBySteps(const char16_t* first, const char16_t* last, char16_t* 
     return out + length;
 }
 
-/// Copies @p length code units with those that @p specials marks replaced, and returns the copy's end.
+/// Copies @p length code units with those that @p specials marks replaced, and returns the copy's
+/// end.
 template <char16_t* copyRun(const char16_t*, std::size_t, char16_t*)>
-[[gnu::always_inline]] inline char16_t*
-replaceSpecials(const char16_t* units, std::size_t length, std::uint64_t specials, char16_t* out,
-                const Replacements& replacements)
+[[gnu::always_inline]] inline char16_t* replaceSpecials(const char16_t* units, std::size_t length,
+                                                        std::uint64_t specials, char16_t* out,
+                                                        const Replacements& replacements)
 {
     constexpr std::size_t WIDTH = sizeof(Replacement) / sizeof(char16_t);
     std::size_t position = 0;

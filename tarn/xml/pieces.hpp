@@ -1,6 +1,6 @@
 // The kinds of text that the writer's operations put together. Each kind has two functions:
-// `mostUnits` says how many code units it can have, `copyPiece` copies it, inline, to a place with room
-// for that many, and returns the end of the copy.
+// `mostUnits` says how many code units it can have, `copyPiece` copies it, inline, to a place with
+// room for that many, and returns the end of the copy.
 #pragma once
 
 #include "tarn/xml/copy_if_plain.hpp"

@@ -1,0 +1,31 @@
+#include "text/kernel_level.hpp"
+
+namespace tarn::text {
+
+namespace {
+
+bool canRun(KernelLevel level)
+{
+    switch (level) {
+    case KernelLevel::Portable:
+        return true;
+    case KernelLevel::Ssse3:
+        return __builtin_cpu_supports("ssse3") && __builtin_cpu_supports("popcnt");
+    case KernelLevel::Avx2:
+        return canRun(KernelLevel::Ssse3) && __builtin_cpu_supports("avx2");
+    case KernelLevel::Avx512:
+        return canRun(KernelLevel::Avx2) && __builtin_cpu_supports("avx512f") &&
+               __builtin_cpu_supports("avx512bw") && __builtin_cpu_supports("avx512vl") &&
+               __builtin_cpu_supports("avx512vbmi2") && __builtin_cpu_supports("bmi2");
+    }
+    return false;
+}
+
+} // namespace
+
+bool canUse(KernelLevel level)
+{
+    return level <= KernelLevel::BEST_KERNELS && canRun(level);
+}
+
+} // namespace tarn::text
