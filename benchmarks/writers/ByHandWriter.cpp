@@ -3,10 +3,10 @@
 // sinks or failures to care for. What a writer takes longer than this is what its interface costs.
 #include "benchmarks/registry.hpp"
 
+#include "corda/i18n/codecvt_ustring_to_string.hpp"
 #include "tarn/xml/copy_if_plain.hpp"
 #include "tarn/xml/text_escaping.hpp"
 #include "text/utf16.hpp"
-#include "text/utf8_encoder.hpp"
 
 #include <algorithm>
 #include <cstring>
@@ -167,15 +167,11 @@ private:
     {
         const bool endsInHalf = end != batch && tarn::text::isHighSurrogate(end[-1]);
         const auto length = static_cast<std::size_t>(end - batch) - (endsInHalf ? 1 : 0);
-        const std::size_t used = target.size();
-        target.resize_and_overwrite(
-            used + tarn::text::encodedUtf8Bound(length), [&](char* bytes, std::size_t) {
-                const auto converted = tarn::text::encodeUtf8(batch, batch + length, bytes + used);
-                return static_cast<std::size_t>(converted.written - bytes);
-            });
+        target.append(converter.do_convert(batch, length));
         end = std::copy(batch + length, end, batch);
     }
 
+    const corda::i18n::codecvt_ustring_to_string converter{"UTF-8", true};
     std::string target;
     std::vector<const String*> openNames;
     bool isInStartTag = false;

@@ -122,6 +122,8 @@ private:
     }
     /// Writes @p value with the special code units replaced.
     void writeEscaped(const std::u16string& value);
+    /// Writes some code units from the beginning of @p rest, if there is room for them. Returns how many.
+    std::size_t writeStep(std::u16string_view rest, const detail::Replacements& replacements);
     /// Writes from the beginning of @p rest, the rest of @p value, up to its first special code
     /// unit and the replacement of that. Returns what follows.
     std::u16string_view writeRun(const std::u16string& value, std::u16string_view rest);
@@ -196,17 +198,24 @@ private:
     Reuse reuse;
 };
 
-inline void XmlWriter::Impl::finishStartTag()
-{
-    if (state == State::StartTagOpen || state == State::AttributeOpen) {
-        closeStartTag();
-    }
-}
-
 inline void XmlWriter::Impl::finishAttribute()
 {
     if (state == State::AttributeOpen) {
         endAttribute();
+    }
+}
+
+inline void XmlWriter::Impl::closeStartTag()
+{
+    output.write(detail::TAG_END);
+    state = State::AfterStartTag;
+}
+
+inline void XmlWriter::Impl::finishStartTag()
+{
+    finishAttribute();
+    if (state == State::StartTagOpen) {
+        closeStartTag();
     }
 }
 

@@ -11,8 +11,7 @@
 
 namespace tarn::utils::detail {
 
-/// In code units: what one vector step looks at, and what one mask covers.
-inline constexpr std::size_t ESCAPING_STEP = 16;
+/// In code units: what one mask covers.
 inline constexpr std::size_t ESCAPING_BLOCK = 64;
 
 /// In code units: what a copy of @p units code units may write, copies that overrun its end

@@ -4,6 +4,8 @@
 #include "tarn/xml/text_escaping.hpp"
 #include "tarn/xml/XmlWriterImpl.hpp"
 
+#include <algorithm>
+#include <iterator>
 #include <utility>
 
 namespace tarn::utils {
@@ -20,7 +22,6 @@ constexpr auto DECLARATION_END = u"?>"sv;
 constexpr auto DOUBLE_QUOTE = u"\""sv;
 constexpr auto LINE_FEED = u"\n"sv;
 constexpr auto START_TAG_START = u"<"sv;
-constexpr auto TAG_END = u">"sv;
 constexpr auto EMPTY_ELEMENT_END = u"/>"sv;
 constexpr auto END_TAG_START = u"</"sv;
 constexpr auto BLANK = u" "sv;
@@ -114,13 +115,6 @@ void XmlWriter::Impl::prepareLongName(QualifiedName name)
 void XmlWriter::Impl::writeStartElementClose()
 {
     finishStartTag();
-}
-
-void XmlWriter::Impl::closeStartTag()
-{
-    finishAttribute();
-    output.write(TAG_END);
-    state = State::AfterStartTag;
 }
 
 void XmlWriter::Impl::writeEndElement()
@@ -250,9 +244,19 @@ void XmlWriter::Impl::writeEscaped(const std::u16string& value)
             return run.written;
         });
         if (!rest.empty()) {
-            rest = writeRun(value, rest);
+            const std::size_t written = writeStep(rest, replacements);
+            rest = written != 0 ? rest.substr(written) : writeRun(value, rest);
         }
     }
+}
+
+std::size_t XmlWriter::Impl::writeStep(std::u16string_view rest, const Replacements& replacements)
+{
+    char16_t step[ESCAPING_MARGIN];
+    const char16_t* const last = rest.begin() + std::min(rest.size(), ESCAPING_STEP);
+    const EscapedRun run = escape(rest.begin(), last, step, std::end(step), replacements);
+    const bool isWritten = output.writeInPlace(std::u16string_view(step, run.written));
+    return isWritten ? static_cast<std::size_t>(last - rest.begin()) : 0;
 }
 
 std::u16string_view XmlWriter::Impl::writeRun(const std::u16string& value, std::u16string_view rest)

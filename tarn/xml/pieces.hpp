@@ -14,6 +14,9 @@
 
 namespace tarn::utils::detail {
 
+/// Ends a tag that is not that of an empty element.
+inline constexpr std::u16string_view TAG_END = u">";
+
 inline std::size_t mostUnits(std::u16string_view text)
 {
     return text.size();

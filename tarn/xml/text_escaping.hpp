@@ -50,8 +50,10 @@ struct EscapedRun
     char16_t* written;    ///< One past the last code unit that belongs to the copy.
 };
 
-/// In UTF-16 code units: an escaping copy stops only with less room than this.
+/// In UTF-16 code units: an escaping copy stops only with less room than this. It is enough for
+/// ESCAPING_STEP code units.
 inline constexpr std::size_t ESCAPING_MARGIN = 128;
+inline constexpr std::size_t ESCAPING_STEP = 16;
 
 /// Copies text to @p out with its special code units replaced.
 ///
