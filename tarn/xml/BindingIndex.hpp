@@ -39,24 +39,13 @@ public:
     /// Returns the entry of @p namespaceUri; its binding is the map's end if the name is not bound.
     Entry find(const std::u16string& namespaceUri)
     {
-        if (slots.empty()) {
-            guesses.resize(GUESSES);
-            rebuild(FIRST_SIZE);
+        if (!slots.empty()) [[likely]] {
+            const Entry& guessed = slots[guesses[guessOf(&namespaceUri)]];
+            if (isTaken(guessed) && same(guessed.binding->first, namespaceUri)) [[likely]] {
+                return guessed;
+            }
         }
-        std::uint16_t& guess = guesses[guessOf(&namespaceUri)];
-        const Entry& guessed = slots[guess];
-        if (isTaken(guessed) && same(guessed.binding->first, namespaceUri)) {
-            return guessed;
-        }
-        const std::uint32_t hash = hashOf(namespaceUri);
-        const std::size_t slot = slotWhere(hash, [&](const Entry& entry) {
-            return entry.hash == hash && same(entry.binding->first, namespaceUri);
-        });
-        if (slot == NOWHERE) {
-            return {unindexed == 0 ? bindings.end() : bindings.find(namespaceUri), hash};
-        }
-        guess = static_cast<std::uint16_t>(slot < FURTHEST_GUESS ? slot : 0);
-        return slots[slot];
+        return search(namespaceUri);
     }
 
     /// Makes room for one more binding, which may throw. Call it before the binding is added to the
@@ -73,9 +62,10 @@ public:
     void add(const Entry& entry) noexcept
     {
         for (std::size_t distance = 0; distance < PROBES; ++distance) {
-            Entry& slot = slots[wrapped(entry.hash + distance)];
-            if (!isTaken(slot)) {
-                slot = entry;
+            const std::size_t slot = wrapped(entry.hash + distance);
+            if (!isTaken(slots[slot])) {
+                slots[slot] = entry;
+                lastAdded = slot;
                 ++indexed;
                 return;
             }
@@ -217,6 +207,27 @@ private:
 
     std::size_t wrapped(std::size_t slot) const { return slot & (slots.size() - 1); }
 
+    [[gnu::noinline]] Entry search(const std::u16string& namespaceUri)
+    {
+        if (slots.empty()) {
+            guesses.resize(GUESSES);
+            rebuild(FIRST_SIZE);
+        }
+        std::size_t slot = lastAdded;
+        if (!isTaken(slots[slot]) || !same(slots[slot].binding->first, namespaceUri)) {
+            const std::uint32_t hash = hashOf(namespaceUri);
+            slot = slotWhere(hash, [&](const Entry& entry) {
+                return entry.hash == hash && same(entry.binding->first, namespaceUri);
+            });
+            if (slot == NOWHERE) {
+                return {unindexed == 0 ? bindings.end() : bindings.find(namespaceUri), hash};
+            }
+        }
+        guesses[guessOf(&namespaceUri)] =
+            static_cast<std::uint16_t>(slot < FURTHEST_GUESS ? slot : 0);
+        return slots[slot];
+    }
+
     /// The slot of the entry for which @p isWanted, among those where an entry with @p hash can be.
     std::size_t slotWhere(std::uint32_t hash, auto&& isWanted) const
     {
@@ -250,6 +261,8 @@ private:
     std::size_t indexed = 0;
     /// How many names are in the map and not in the table.
     std::size_t unindexed = 0;
+    /// The slot that was filled last: a namespace is mostly used as soon as it is bound.
+    std::size_t lastAdded = 0;
     /// By the address of the string that holds a name: the slot where the name may be.
     std::vector<std::uint16_t> guesses;
 };

@@ -122,7 +122,8 @@ private:
     }
     /// Writes @p value with the special code units replaced.
     void writeEscaped(const std::u16string& value);
-    /// Writes some code units from the beginning of @p rest, if there is room for them. Returns how many.
+    /// Writes some code units from the beginning of @p rest, if there is room for them. Returns how
+    /// many.
     std::size_t writeStep(std::u16string_view rest, const detail::Replacements& replacements);
     /// Writes from the beginning of @p rest, the rest of @p value, up to its first special code
     /// unit and the replacement of that. Returns what follows.
@@ -190,7 +191,8 @@ private:
         /// allocation.
         std::u16string longName;
         detail::Spares<std::u16string, SPARES> elementNames;
-        detail::Spares<std::vector<std::u16string>, SPARES> declaredNamespaces;
+        // Elements with declarations are rarer.
+        detail::Spares<std::vector<std::u16string>, SPARES / 2> declaredNamespaces;
         detail::Spares<Bindings::node_type, SPARES> bindings;
         detail::Spares<std::set<std::u16string>::node_type, SPARES> prefixes;
         detail::Spares<std::u16string, SPARES> namespaceNames;

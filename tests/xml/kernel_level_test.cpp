@@ -14,8 +14,8 @@ using text::KernelLevel;
 
 TEST(KernelLevel, OfThisProgramIsTheBestThatIsUsed)
 {
-    for (const KernelLevel level : {KernelLevel::Portable, KernelLevel::Ssse3, KernelLevel::Avx2,
-                                    KernelLevel::Avx512}) {
+    for (const KernelLevel level :
+         {KernelLevel::Portable, KernelLevel::Ssse3, KernelLevel::Avx2, KernelLevel::Avx512}) {
         if (level > KernelLevel::BEST_KERNELS) {
             EXPECT_FALSE(text::canUse(level)) << static_cast<int>(level);
         }
