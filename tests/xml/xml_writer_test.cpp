@@ -346,6 +346,56 @@ TEST(XmlWriter, ConvertsOncePerBatchAtTheEndOfAPiece)
     }
 }
 
+TEST(XmlWriter, WritesTheSamePiecesAtEveryRoomThatABatchLeaves)
+{
+    std::u16string specials;
+    std::u16string mixed;
+    for (int i = 0; i < 8; ++i) {
+        specials += u"\"'\"'\"'\"'<>&\x02\x1F\x0B";
+        mixed += u"ab&cdefgh\"\u4E2D\t \xD83D\xDE00\n";
+    }
+    const std::u16string plain(128, u'p');
+    const Call forms[] = {
+        element(u"e", plain),
+        element(u"prefixed-name", u"urn:a", plain.substr(0, 20)),
+        element(u"e", u"urn:a", specials),
+        element(u"e", mixed),
+        element(u"e", specials + mixed),
+        element(u"undeclared", u"urn:b", u"b", mixed),
+        attribute(u"a", u"urn:a", specials),
+        attribute(u"prefixed-name", u"urn:a", plain + u"&"),
+        emptyElement(u"prefixed-name", u"urn:a"),
+        startElement(u"prefixed-name", u"urn:a"),
+        value(specials + specials),
+        value(plain + plain + mixed),
+        endElement(),
+    };
+    // Of a whole element with a short value, every code unit of which takes the most room.
+    constexpr std::size_t MOST_ROOM = 1000;
+    for (const Call& form : forms) {
+        for (std::size_t room = 0; room <= MOST_ROOM; ++room) {
+            std::string bytes;
+            XmlWriter writer(bytes);
+            ReferenceWriter reference(u"UTF-8");
+            // The start tag of `c` remains open, below a declaration.
+            const std::u16string start = u"\n<p:r xmlns:p=\"urn:a\">";
+            const std::u16string end = u"\n  <p:c";
+            for (const AnyWriter each : {AnyWriter(&writer), AnyWriter(&reference)}) {
+                startElement(u"r", u"urn:a", u"p").applyTo(each);
+                rawXml(std::u16string(8192 - start.size() - end.size() - room, u'.'))
+                    .applyTo(each);
+                startElement(u"c", u"urn:a").applyTo(each);
+                form.applyTo(each);
+            }
+            ASSERT_EQ(difference(bytes, reference.bytes), "") << form << " with room for " << room;
+            for (const AnyWriter each : {AnyWriter(&writer), AnyWriter(&reference)}) {
+                endDocument().applyTo(each);
+            }
+            ASSERT_EQ(difference(bytes, reference.bytes), "") << form << " with room for " << room;
+        }
+    }
+}
+
 TEST(XmlWriter, KeepsASurrogatePairTogetherAndHoldsNothingElseBack)
 {
     const std::string full(8192, 'a');
