@@ -12,7 +12,6 @@
 #include <cstddef>
 #include <string>
 #include <string_view>
-#include <type_traits>
 
 namespace tarn::utils::detail {
 
@@ -47,16 +46,14 @@ public:
         return true;
     }
 
-    /// If there is room for more than @p atLeast code units in the window, calls @p composeText
-    /// with the beginning and the end of that room. The text from there to the pointer that it
-    /// returns is handed over.
-    template <class ComposeText>
-    void compose(std::size_t atLeast, ComposeText&& composeText) noexcept
+    /// Puts the beginning of @p text in place, escaped, as far as there is room. Returns what is
+    /// left.
+    std::u16string_view escapeInPlace(std::u16string_view text,
+                                      const Replacements& replacements) noexcept
     {
-        static_assert(std::is_nothrow_invocable_r_v<char16_t*, ComposeText, char16_t*, char16_t*>);
-        if (room() > atLeast) {
-            end = composeText(end, windowEnd);
-        }
+        const EscapedRun run = escape(text.begin(), text.end(), end, windowEnd, replacements);
+        end = run.written;
+        return {run.read, text.end()};
     }
 
     void flush();

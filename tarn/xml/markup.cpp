@@ -236,17 +236,11 @@ void XmlWriter::Impl::writeEscaped(const std::u16string& value)
         return;
     }
     const Replacements& replacements = escaped(value).replacements;
-    std::u16string_view rest = value;
+    std::u16string_view rest = output.escapeInPlace(value, replacements);
     while (!rest.empty()) {
-        output.compose(ESCAPING_MARGIN, [&](char16_t* out, char16_t* outLast) noexcept {
-            const EscapedRun run = escape(rest.begin(), rest.end(), out, outLast, replacements);
-            rest.remove_prefix(static_cast<std::size_t>(run.read - rest.begin()));
-            return run.written;
-        });
-        if (!rest.empty()) {
-            const std::size_t written = writeStep(rest, replacements);
-            rest = written != 0 ? rest.substr(written) : writeRun(value, rest);
-        }
+        const std::size_t written = writeStep(rest, replacements);
+        rest = written != 0 ? rest.substr(written) : writeRun(value, rest);
+        rest = output.escapeInPlace(rest, replacements);
     }
 }
 

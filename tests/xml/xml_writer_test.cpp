@@ -382,8 +382,7 @@ TEST(XmlWriter, WritesTheSamePiecesAtEveryRoomThatABatchLeaves)
             const std::u16string end = u"\n  <p:c";
             for (const AnyWriter each : {AnyWriter(&writer), AnyWriter(&reference)}) {
                 startElement(u"r", u"urn:a", u"p").applyTo(each);
-                rawXml(std::u16string(8192 - start.size() - end.size() - room, u'.'))
-                    .applyTo(each);
+                rawXml(std::u16string(8192 - start.size() - end.size() - room, u'.')).applyTo(each);
                 startElement(u"c", u"urn:a").applyTo(each);
                 form.applyTo(each);
             }
