@@ -127,20 +127,22 @@ private:
         if (length != right.size()) {
             return false;
         }
-        // Two blocks that overlap cover every length between one block and two.
-        if (length > 2 * BLOCK || length < BLOCK / 2) {
+        if (length < BLOCK / 2) {
             return std::memcmp(left.data(), right.data(), length * sizeof(char16_t)) == 0;
         }
-        if (length >= BLOCK) {
-            const std::size_t last = length - BLOCK;
+        // Two blocks that overlap cover every length between one block and two.
+        if (length < BLOCK) {
+            const std::size_t last = length - BLOCK / 2;
             return areZero(
-                _mm_or_si128(difference<BLOCK>(left.data(), right.data()),
-                             difference<BLOCK>(left.data() + last, right.data() + last)));
+                _mm_or_si128(difference<BLOCK / 2>(left.data(), right.data()),
+                             difference<BLOCK / 2>(left.data() + last, right.data() + last)));
         }
-        const std::size_t last = length - BLOCK / 2;
-        return areZero(
-            _mm_or_si128(difference<BLOCK / 2>(left.data(), right.data()),
-                         difference<BLOCK / 2>(left.data() + last, right.data() + last)));
+        const std::size_t last = length - BLOCK;
+        __m128i all = difference<BLOCK>(left.data() + last, right.data() + last);
+        for (std::size_t place = 0; place < last; place += BLOCK) {
+            all = _mm_or_si128(all, difference<BLOCK>(left.data() + place, right.data() + place));
+        }
+        return areZero(all);
     }
 
     static constexpr std::size_t BLOCK = 32; ///< In code units.
