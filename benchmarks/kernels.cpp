@@ -40,6 +40,11 @@ const std::vector<Sample> SAMPLES = {
     {"russian", u"Съешь же ещё этих мягких французских булок, да выпей чаю. "},
     {"chinese", u"天地玄黃宇宙洪荒日月盈昃辰宿列張寒來暑往秋收冬藏"},
     {"emoji", u"happy \U0001F600 birthday \U0001F382\U0001F389 to you "},
+    {"chat", u"See you at the lake \U0001F600 bring food and kites \U0001F389 we leave at seven "},
+    {"markup", u"L'<b>été</b> s'achève &amp; l'<i>hiver</i> naît: qu'il pleuve à <b>Orléans</b>? "},
+    {"mixed",
+     u"Tea чай 茶 τσάι \U0001F375 water вода 水 νερό bread хлеб 麵包 ψωμί \U0001F35E salt соль 鹽 "
+     u"αλάτι fish рыба 魚 ψάρι \U0001F41F rice рис 米飯 ρύζι milk молоко 牛奶 γάλα \U0001F95B "},
     {"source", u"if (a < b && c > d) { print(\"x\", 'y'); } "},
 };
 
