@@ -2,8 +2,8 @@
 // encoder for SSSE3; one instruction closes the gaps between those that are kept.
 
 #include "text/kernel_level.hpp"
+#include "text/utf16.hpp"
 #include "text/utf8_encoder.hpp"
-#include "text/utf8_slots.hpp"
 
 #include <algorithm>
 #include <bit>
@@ -13,6 +13,21 @@
 namespace tarn::text {
 
 namespace {
+
+/// Goes on one code point at a time where a vector step has met a surrogate without its other half.
+///
+/// @param begin the beginning of the text.
+/// @param first the beginning of the step. The code unit before it can be the high surrogate of a
+///     pair, whose two bytes are the last ones before @p out.
+inline EncodedUtf8 encodeFromStep(const char16_t* begin, const char16_t* first,
+                                  const char16_t* last, char* out)
+{
+    constexpr std::ptrdiff_t BYTES_OF_A_HALF = 2;
+    if (first != begin && isHighSurrogate(first[-1])) {
+        return encodeUtf8Portable(first - 1, last, out - BYTES_OF_A_HALF);
+    }
+    return encodeUtf8Portable(first, last, out);
+}
 
 constexpr std::ptrdiff_t STEP = 32; ///< In code units.
 

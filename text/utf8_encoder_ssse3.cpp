@@ -1,15 +1,14 @@
 // UTF-16 to UTF-8 with vectors of 16 bytes, eight code units in a step.
 //
-// Each half of a surrogate pair gives two of the four bytes, so that a pair needs no joining and
-// can lie in two steps. With u the code unit and w = (u & 3FF) + 40, all in hexadecimal:
-//     high half: F0 | w >> 8,                             80 | (w >> 2 & 3F)
+// Each half of a surrogate pair gives two of the four bytes, so that a pair needs no joining. With
+// u the code unit and w = (u & 3FF) + 40, all in hexadecimal:
+//     high half: F0 | w >> 8,                                80 | (w >> 2 & 3F)
 //     low half:  80 | (half before & 3) << 4 | (u >> 6 & F), 80 | (u & 3F)
 
 #include "text/kernel_level.hpp"
 #include "text/utf8_encoder.hpp"
 #include "text/utf8_slots.hpp"
 
-#include <algorithm>
 #include <bit>
 #include <immintrin.h>
 
@@ -48,10 +47,16 @@ Units matching(Units units, unsigned mask, unsigned pattern)
     return _mm_cmpeq_epi16(_mm_and_si128(units, all(mask)), all(pattern));
 }
 
-/// One bit for each of eight code units.
+/// Two equal bits for each code unit.
 unsigned bitsOf(Units mask)
 {
-    return static_cast<unsigned>(_mm_movemask_epi8(_mm_packs_epi16(mask, _mm_setzero_si128())));
+    return static_cast<unsigned>(_mm_movemask_epi8(mask));
+}
+
+/// Whether all code units have only zeros in the bits of @p mask.
+bool areClear(Units units, unsigned mask)
+{
+    return bitsOf(matching(units, mask, 0)) == 0xFFFF;
 }
 
 Units select(Units mask, Units ifSet, Units ifClear)
@@ -62,130 +67,137 @@ Units select(Units mask, Units ifSet, Units ifClear)
 [[gnu::target("ssse3")]] __m128i close(const Shuffles& shuffles, __m128i slots, unsigned bits)
 {
     return _mm_shuffle_epi8(
-        slots, _mm_loadu_si128(reinterpret_cast<const __m128i*>(shuffles[bits].data())));
+        slots, _mm_load_si128(reinterpret_cast<const __m128i*>(shuffles[bits].data())));
 }
 
-/// The last byte of each code unit's encoding if that has more than one.
-Units lastByte(Units units)
+/// The second and last byte of each code unit that is below 1000, in a slot of two bytes.
+///
+/// @param marks the bits of the bytes that tell their kind.
+Units twoByteSlots(Units units, Units marks)
 {
-    return _mm_or_si128(_mm_and_si128(units, all(0x3F)), all(0x80));
+    const Units second = _mm_srli_epi16(units, 6);
+    const Units last = _mm_and_si128(_mm_slli_epi16(units, 8), all(0x3F00));
+    return _mm_or_si128(_mm_or_si128(second, last), marks);
 }
 
-/// Writes eight code units of one byte, where @p ascii is set, or two: @p second and @p last.
-[[gnu::target("ssse3,popcnt")]] char* writeTwoBytes(Units units, Units ascii, Units second,
-                                                    Units last, char* out)
+/// Writes eight code units of one byte, where @p ascii is set, or two.
+[[gnu::target("ssse3,popcnt")]] char* writeTwoBytes(Units units, Units ascii, Units marks,
+                                                    char* out)
 {
-    const Units slots = select(ascii, units, _mm_or_si128(second, _mm_slli_epi16(last, 8)));
-    const unsigned asciiBits = bitsOf(ascii);
+    const Units slots = select(ascii, units, twoByteSlots(units, marks));
+    const unsigned asciiBits = bitsOf(_mm_packs_epi16(ascii, _mm_setzero_si128()));
     store(out, close(CLOSE_TWO_BYTE_SLOTS, slots, asciiBits));
     return out + 2 * STEP - std::popcount(asciiBits);
 }
 
 /// Writes eight code units of one byte, where @p ascii is set, two, where @p twoBytes is set, or
-/// three.
-[[gnu::target("ssse3,popcnt")]] char* writeThreeBytes(Units units, Units ascii, Units twoBytes,
-                                                      Units second, Units last, char* out)
+/// three. @p twoBytes is set where @p ascii is.
+///
+/// @param marks the bits of the first and second byte that tell their kind.
+[[gnu::target("ssse3,popcnt")]] char* writeMixed(Units units, Units ascii, Units twoBytes,
+                                                 Units marks, char* out)
 {
-    const Units first = _mm_or_si128(_mm_srli_epi16(units, 12), all(0xE0));
-    const Units firstTwo = _mm_or_si128(first, _mm_slli_epi16(second, 8));
-    const Units lastOrOnly = select(ascii, units, last);
-    const unsigned keepSecond = bitsOf(ascii) ^ 0xFF;
-    const unsigned keepFirst = bitsOf(twoBytes) ^ 0xFF;
-    const unsigned lowBits = (keepSecond & 0x0F) | (keepFirst & 0x0F) << 4;
-    const unsigned highBits = keepSecond >> 4 | (keepFirst & 0xF0);
-    store(out, close(CLOSE_FOUR_BYTE_SLOTS, _mm_unpacklo_epi16(firstTwo, lastOrOnly), lowBits));
-    store(out + 4 + std::popcount(lowBits),
-          close(CLOSE_FOUR_BYTE_SLOTS, _mm_unpackhi_epi16(firstTwo, lastOrOnly), highBits));
-    return out + STEP + std::popcount(keepSecond) + std::popcount(keepFirst);
+    const Units first = _mm_srli_epi16(units, 12);
+    const Units second = _mm_and_si128(_mm_slli_epi16(units, 2), all(0x3F00));
+    const Units firstTwo = _mm_or_si128(_mm_or_si128(first, second), marks);
+    const Units last =
+        select(ascii, units, _mm_or_si128(_mm_and_si128(units, all(0x3F)), all(0x80)));
+    const unsigned dropped = bitsOf(_mm_or_si128(ascii, _mm_and_si128(twoBytes, all(0xFF00))));
+    const unsigned low = dropped & 0xFF;
+    store(out, close(CLOSE_FOUR_BYTE_SLOTS, _mm_unpacklo_epi16(firstTwo, last), low));
+    store(out + 3 * STEP / 2 - std::popcount(low),
+          close(CLOSE_FOUR_BYTE_SLOTS, _mm_unpackhi_epi16(firstTwo, last), dropped >> 8));
+    return out + 3 * STEP - std::popcount(dropped);
 }
 
-/// Encodes eight code units, among them surrogates. Returns null if one has no other half.
-[[gnu::target("ssse3,popcnt")]] char* encodePairs(Units units, Units previous, Units next,
-                                                  char* out)
+/// What a step has done.
+struct Step
 {
-    const Units surrogates = matching(units, 0xF800, 0xD800);
+    std::ptrdiff_t read; ///< In code units. Zero if one of them is a surrogate without its other
+                         ///< half.
+    char* written;
+};
+
+/// Encodes eight code units, among them surrogates. Leaves the last one if it is a high surrogate,
+/// so that no pair lies in two steps.
+[[gnu::target("ssse3,popcnt")]] Step encodePairs(Units units, Units surrogates, char* out)
+{
     const Units high = matching(units, 0xFC00, 0xD800);
     const Units low = _mm_xor_si128(surrogates, high);
-    const Units paired = _mm_or_si128(_mm_and_si128(high, matching(next, 0xFC00, 0xDC00)),
-                                      _mm_and_si128(low, matching(previous, 0xFC00, 0xD800)));
-    if (_mm_movemask_epi8(_mm_xor_si128(surrogates, paired)) != 0) {
-        return nullptr;
+    const unsigned highBits = bitsOf(high);
+    if (bitsOf(low) != (highBits << 2 & 0xFFFF)) {
+        return {0, out};
     }
-    const Units w = _mm_add_epi16(_mm_and_si128(units, all(0x3FF)), all(0x40));
-    const Units secondOfHigh = _mm_or_si128(_mm_srli_epi16(w, 8), all(0xF0));
-    const Units secondOfLow =
-        _mm_or_si128(_mm_or_si128(_mm_slli_epi16(_mm_and_si128(previous, all(3)), 4), all(0x80)),
-                     _mm_and_si128(_mm_srli_epi16(units, 6), all(0xF)));
-    const Units belowThreeBytes = atMost(units, 0x7FF);
-    const Units secondOfOthers = _mm_or_si128(_mm_and_si128(_mm_srli_epi16(units, 6), all(0x3F)),
-                                              select(belowThreeBytes, all(0xC0), all(0x80)));
-    const Units second = select(high, secondOfHigh, select(low, secondOfLow, secondOfOthers));
-    const Units last = select(high, lastByte(_mm_srli_epi16(w, 2)), lastByte(units));
+    const Units previous = _mm_slli_si128(units, 2);
+    // Numbers whose bits are where those of any code unit of two bytes are.
+    const Units bits = _mm_andnot_si128(_mm_and_si128(surrogates, all(0xFC00)), units);
+    const Units ofHigh = _mm_srli_epi16(_mm_add_epi16(bits, all(0x40)), 2);
+    const Units ofPrevious =
+        _mm_and_si128(_mm_slli_epi16(previous, 10), _mm_and_si128(low, all(0x0C00)));
+    const Units numbers = select(high, ofHigh, _mm_or_si128(bits, ofPrevious));
     const Units ascii = atMost(units, 0x7F);
-    const Units twoBytes = _mm_or_si128(belowThreeBytes, surrogates);
-    return _mm_movemask_epi8(twoBytes) == 0xFFFF
-               ? writeTwoBytes(units, ascii, second, last, out)
-               : writeThreeBytes(units, ascii, twoBytes, second, last, out);
+    const Units twoBytes = _mm_or_si128(atMost(units, 0x7FF), surrogates);
+    // What turns the mark C0 of a second byte into F0 and 80.
+    const Units marks = _mm_or_si128(_mm_and_si128(high, all(0x30)), _mm_and_si128(low, all(0x40)));
+    if (bitsOf(twoBytes) == 0xFFFF) {
+        out = writeTwoBytes(numbers, ascii, _mm_xor_si128(marks, all(0x80C0)), out);
+    } else {
+        const Units marksOfTwo = _mm_and_si128(twoBytes, all(0x4000));
+        out = writeMixed(
+            numbers, ascii, twoBytes,
+            _mm_xor_si128(_mm_or_si128(marksOfTwo, all(0x80E0)), _mm_slli_epi16(marks, 8)), out);
+    }
+    // A branch, so that the next load need not wait for these bits.
+    if (highBits >> 15 != 0) [[unlikely]] {
+        return {STEP - 1, out - 2};
+    }
+    return {STEP, out};
 }
 
-/// Encodes eight code units and returns the end of their bytes, or null if one of them is a
-/// surrogate without its other half.
-///
-/// @param previous,next the code unit before each, and the one after it.
-[[gnu::target("ssse3,popcnt")]] char* encodeStep(Units units, Units previous, Units next, char* out)
+/// Encodes eight code units.
+[[gnu::target("ssse3,popcnt")]] Step encodeStep(Units units, char* out)
 {
-    const Units ascii = atMost(units, 0x7F);
-    const Units twoBytes = atMost(units, 0x7FF); // or less
-    if (_mm_movemask_epi8(twoBytes) == 0xFFFF) {
-        const Units second = _mm_or_si128(_mm_srli_epi16(units, 6), all(0xC0));
-        return writeTwoBytes(units, ascii, second, lastByte(units), out);
+    if (areClear(units, 0xF800)) {
+        const Units ascii = _mm_cmplt_epi16(units, all(0x80));
+        return {STEP, writeTwoBytes(units, ascii, all(0x80C0), out)};
     }
-    if (_mm_movemask_epi8(matching(units, 0xF800, 0xD800)) != 0) {
-        return encodePairs(units, previous, next, out);
+    const Units surrogates = matching(units, 0xF800, 0xD800);
+    if (bitsOf(surrogates) != 0) {
+        return encodePairs(units, surrogates, out);
     }
-    const Units second = _mm_or_si128(_mm_and_si128(_mm_srli_epi16(units, 6), all(0x3F)),
-                                      select(twoBytes, all(0xC0), all(0x80)));
-    return writeThreeBytes(units, ascii, twoBytes, second, lastByte(units), out);
-}
-
-bool isAscii(Units units)
-{
-    return _mm_movemask_epi8(matching(units, 0xFF80, 0)) == 0xFFFF;
+    const Units twoBytes = atMost(units, 0x7FF);
+    const Units marks = _mm_or_si128(_mm_and_si128(twoBytes, all(0x4000)), all(0x80E0));
+    return {STEP, writeMixed(units, atMost(units, 0x7F), twoBytes, marks, out)};
 }
 
 [[gnu::target("ssse3,popcnt")]] EncodedUtf8 encode(const char16_t* first, const char16_t* last,
                                                    char* out)
 {
-    const char16_t* const begin = first;
-    while (last - first > 2 * STEP) {
+    while (last - first >= STEP) {
         const Units units = load(first);
-        const Units after = load(first + STEP);
-        if (isAscii(_mm_or_si128(units, after))) {
-            store(out, _mm_packus_epi16(units, after));
-            first += 2 * STEP;
-            out += 2 * STEP;
-            continue;
+        if (last - first >= 2 * STEP) {
+            const Units after = load(first + STEP);
+            if (areClear(_mm_or_si128(units, after), 0xFF80)) {
+                store(out, _mm_packus_epi16(units, after));
+                first += 2 * STEP;
+                out += 2 * STEP;
+                continue;
+            }
         }
-        const Units previous = first == begin ? _mm_slli_si128(units, 2) : load(first - 1);
-        char* const written = encodeStep(units, previous, load(first + 1), out);
-        if (written == nullptr) {
-            return encodeFromStep(begin, first, last, out);
+        const Step step = encodeStep(units, out);
+        if (step.read == 0) {
+            return encodeUtf8Portable(first, last, out);
         }
-        first += STEP;
-        out = written;
+        first += step.read;
+        out = step.written;
     }
-    // What is left, padded with NULs, each of which gives one byte.
-    while (first != last) {
-        const std::ptrdiff_t count = std::min(last - first, STEP);
-        char16_t padded[1 + STEP + 1] = {};
-        padded[0] = first == begin ? u'\0' : first[-1];
-        std::copy(first, std::min(last, first + STEP + 1), padded + 1);
-        char* const written = encodeStep(load(padded + 1), load(padded), load(padded + 2), out);
-        if (written == nullptr) {
-            return encodeFromStep(begin, first, last, out);
+    if (first != last) {
+        const Step step = encodeStep(loadFewerThanEight(first, last - first), out);
+        if (step.read == 0) {
+            return encodeUtf8Portable(first, last, out);
         }
-        first += count;
-        out = written - (STEP - count);
+        // The NULs behind the end of the text have given one byte each.
+        out = step.written - (STEP - (last - first));
     }
     return {last, out};
 }
