@@ -1,11 +1,11 @@
-// UTF-16 to UTF-8 with vectors of 64 bytes, 32 code units in a step. The bytes are built as by the
-// encoder for SSSE3; one instruction closes the gaps between those that are kept.
+// UTF-16 to UTF-8 with vectors of 64 bytes, 32 code units in a step. The bytes are those that the
+// encoder for SSSE3 builds: one instruction takes them out of the bits of the code units, and
+// another closes the gaps between those that are kept.
 
 #include "text/kernel_level.hpp"
-#include "text/utf16.hpp"
 #include "text/utf8_encoder.hpp"
 
-#include <algorithm>
+#include <array>
 #include <bit>
 #include <cstdint>
 #include <immintrin.h>
@@ -14,140 +14,227 @@ namespace tarn::text {
 
 namespace {
 
-/// Goes on one code point at a time where a vector step has met a surrogate without its other half.
-///
-/// @param begin the beginning of the text.
-/// @param first the beginning of the step. The code unit before it can be the high surrogate of a
-///     pair, whose two bytes are the last ones before @p out.
-inline EncodedUtf8 encodeFromStep(const char16_t* begin, const char16_t* first,
-                                  const char16_t* last, char* out)
-{
-    constexpr std::ptrdiff_t BYTES_OF_A_HALF = 2;
-    if (first != begin && isHighSurrogate(first[-1])) {
-        return encodeUtf8Portable(first - 1, last, out - BYTES_OF_A_HALF);
-    }
-    return encodeUtf8Portable(first, last, out);
-}
-
 constexpr std::ptrdiff_t STEP = 32; ///< In code units.
+constexpr unsigned DROPPED = 0xFF;  ///< No byte of UTF-8. Marks a byte that is not kept.
 
-using Units = __m512i; ///< 32 code units.
+using Units = __m512i;      ///< 32 code units.
+using Mask = std::uint32_t; ///< A bit for each code unit.
+using Bytes = std::array<std::uint8_t, sizeof(__m512i)>;
 
-[[gnu::target("avx512f,avx512bw,avx512vl,avx512vbmi2,bmi2,popcnt")]] inline Units
+[[gnu::target("avx512f,avx512bw,avx512vl,avx512vbmi,avx512vbmi2,popcnt")]] inline Units
 all(unsigned value)
 {
     return _mm512_set1_epi16(static_cast<short>(value));
 }
 
+[[gnu::target("avx512f,avx512bw,avx512vl,avx512vbmi,avx512vbmi2,popcnt")]] inline __m512i
+load(const Bytes& bytes)
+{
+    return _mm512_loadu_si512(bytes.data());
+}
+
 /// Which code units have @p pattern in the bits of @p mask.
-[[gnu::target("avx512f,avx512bw,avx512vl,avx512vbmi2,bmi2,popcnt")]] inline std::uint32_t
+[[gnu::target("avx512f,avx512bw,avx512vl,avx512vbmi,avx512vbmi2,popcnt")]] inline Mask
 matching(Units units, unsigned mask, unsigned pattern)
 {
     return _mm512_cmpeq_epi16_mask(_mm512_and_si512(units, all(mask)), all(pattern));
 }
 
-[[gnu::target("avx512f,avx512bw,avx512vl,avx512vbmi2,bmi2,popcnt")]] inline Units
-select(std::uint32_t mask, Units ifSet, Units ifClear)
+/// Eight bytes of each 64 bits, which begin at the bits that @p shifts gives, with the bits of
+/// @p mask kept and those of @p marks set.
+[[gnu::target("avx512f,avx512bw,avx512vl,avx512vbmi,avx512vbmi2,popcnt")]] inline __m512i
+extract(__m512i numbers, __m512i shifts, __m512i mask, __m512i marks)
 {
-    return _mm512_mask_mov_epi16(ifClear, mask, ifSet);
+    constexpr int AND_THEN_OR = 0xEA;
+    return _mm512_ternarylogic_epi32(_mm512_multishift_epi64_epi8(shifts, numbers), mask, marks,
+                                     AND_THEN_OR);
 }
 
-/// Writes the bytes that are marked in @p kept, without gaps.
-[[gnu::target("avx512f,avx512bw,avx512vl,avx512vbmi2,bmi2,popcnt")]] inline char*
-closeGaps(__m512i bytes, std::uint64_t kept, char* out)
+/// Writes all bytes but those that are DROPPED.
+[[gnu::target("avx512f,avx512bw,avx512vl,avx512vbmi,avx512vbmi2,popcnt")]] inline char*
+closeGaps(__m512i bytes, char* out)
 {
+    const std::uint64_t kept =
+        _mm512_cmpneq_epi8_mask(bytes, _mm512_set1_epi8(static_cast<char>(DROPPED)));
     _mm512_storeu_si512(out, _mm512_maskz_compress_epi8(kept, bytes));
     return out + std::popcount(kept);
 }
 
-/// Which bytes are kept of sixteen slots of four bytes: the third of each, the second where
-/// @p keepSecond has a bit, the first where @p keepFirst has one.
-[[gnu::target("avx512f,avx512bw,avx512vl,avx512vbmi2,bmi2,popcnt")]] inline std::uint64_t
-keptOfFourByteSlots(std::uint32_t keepSecond, std::uint32_t keepFirst)
-{
-    return 0x4444444444444444 | _pdep_u64(keepSecond, 0x2222222222222222) |
-           _pdep_u64(keepFirst, 0x1111111111111111);
-}
-
-/// Encodes 32 code units and returns the end of their bytes, or null if one of them is a surrogate
-/// without its other half.
+/// Writes code units of one byte, where @p ascii is set, or two.
 ///
-/// @param previous the code unit before each.
-/// @param isLowNext whether a low surrogate follows the last one.
-[[gnu::target("avx512f,avx512bw,avx512vl,avx512vbmi2,bmi2,popcnt")]] inline char*
-encodeStep(Units units, Units previous, bool isLowNext, char* out)
+/// @param marks the bits of the two bytes that tell their kind.
+[[gnu::target("avx512f,avx512bw,avx512vl,avx512vbmi,avx512vbmi2,popcnt")]] inline char*
+writeTwoBytes(Units units, Mask ascii, Units marks, char* out)
 {
-    const std::uint32_t ascii = _mm512_cmplt_epu16_mask(units, all(0x80));
-    std::uint32_t twoBytes = _mm512_cmplt_epu16_mask(units, all(0x800)); // or less
-    Units second = _mm512_or_si512(_mm512_and_si512(_mm512_srli_epi16(units, 6), all(0x3F)),
-                                   select(twoBytes, all(0xC0), all(0x80)));
-    Units last =
-        select(ascii, units, _mm512_or_si512(_mm512_and_si512(units, all(0x3F)), all(0x80)));
-    const std::uint32_t surrogates = matching(units, 0xF800, 0xD800);
-    if (surrogates != 0) {
-        const std::uint32_t high = matching(units, 0xFC00, 0xD800);
-        const std::uint32_t low = surrogates ^ high;
-        const std::uint32_t afterHigh = matching(previous, 0xFC00, 0xD800);
-        const std::uint32_t beforeLow = low >> 1 | (isLowNext ? std::uint32_t{1} << 31 : 0);
-        if (((high & ~beforeLow) | (low & ~afterHigh)) != 0) {
-            return nullptr;
-        }
-        const Units w = _mm512_add_epi16(_mm512_and_si512(units, all(0x3FF)), all(0x40));
-        const Units secondOfLow = _mm512_or_si512(
-            all(0x80), _mm512_or_si512(_mm512_slli_epi16(_mm512_and_si512(previous, all(3)), 4),
-                                       _mm512_and_si512(_mm512_srli_epi16(units, 6), all(0xF))));
-        second = select(low, secondOfLow, second);
-        second = select(high, _mm512_or_si512(all(0xF0), _mm512_srli_epi16(w, 8)), second);
-        last = select(
-            high, _mm512_or_si512(all(0x80), _mm512_and_si512(_mm512_srli_epi16(w, 2), all(0x3F))),
-            last);
-        twoBytes |= surrogates;
-    }
-    if (twoBytes == 0xFFFFFFFF) {
-        const Units slots =
-            _mm512_or_si512(select(ascii, units, second), _mm512_slli_epi16(last, 8));
-        return closeGaps(slots, 0x5555555555555555 | _pdep_u64(~ascii, 0xAAAAAAAAAAAAAAAA), out);
-    }
-    const Units first = _mm512_or_si512(_mm512_srli_epi16(units, 12), all(0xE0));
-    const Units firstTwo = _mm512_or_si512(first, _mm512_slli_epi16(second, 8));
-    // Pairs of a 16-bit number of firstTwo and one of last, which has bit 5 of the index set.
-    const Units numbers = _mm512_set_epi32(
-        0x2F000F, 0x2E000E, 0x2D000D, 0x2C000C, 0x2B000B, 0x2A000A, 0x290009, 0x280008, 0x270007,
-        0x260006, 0x250005, 0x240004, 0x230003, 0x220002, 0x210001, 0x200000);
-    const Units lowSlots = _mm512_permutex2var_epi16(firstTwo, numbers, last);
-    const Units highSlots =
-        _mm512_permutex2var_epi16(firstTwo, _mm512_add_epi16(numbers, all(16)), last);
-    const std::uint32_t keepSecond = ~ascii;
-    const std::uint32_t keepFirst = ~twoBytes;
-    out = closeGaps(lowSlots, keptOfFourByteSlots(keepSecond & 0xFFFF, keepFirst & 0xFFFF), out);
-    return closeGaps(highSlots, keptOfFourByteSlots(keepSecond >> 16, keepFirst >> 16), out);
+    const __m512i shifts = _mm512_set1_epi64(0x3036'2026'1016'0006);
+    const __m512i slots = extract(units, shifts, all(0x3F3F), marks);
+    return closeGaps(_mm512_mask_add_epi16(slots, ascii, units, all(DROPPED << 8)), out);
 }
 
-[[gnu::target("avx512f,avx512bw,avx512vl,avx512vbmi2,bmi2,popcnt")]] EncodedUtf8
+/// Writes sixteen code units of one byte, where @p ascii is set, two or three.
+///
+/// @param marks the bits that tell the kind of the first two bytes from that of three bytes.
+[[gnu::target("avx512f,avx512bw,avx512vl,avx512vbmi,avx512vbmi2,popcnt")]] inline char*
+writeHalf(__m256i units, __mmask16 ascii, __m256i marks, char* out)
+{
+    const __m512i wide = _mm512_cvtepu16_epi32(units);
+    const __m512i shifts = _mm512_set1_epi64(0x0020'262C'0000'060C);
+    const __m512i slots = extract(wide, shifts, _mm512_set1_epi32(0x003F'3F0F),
+                                  _mm512_or_si512(_mm512_set1_epi32(static_cast<int>(0xFF80'80E0)),
+                                                  _mm512_cvtepu16_epi32(marks)));
+    return closeGaps(
+        _mm512_mask_or_epi32(slots, ascii, wide, _mm512_set1_epi32(static_cast<int>(0xFFFF'FF00))),
+        out);
+}
+
+/// Writes code units of one byte, where @p ascii is set, two or three.
+[[gnu::target("avx512f,avx512bw,avx512vl,avx512vbmi,avx512vbmi2,popcnt")]] inline char*
+writeMixed(Units units, Mask ascii, Units marks, char* out)
+{
+    out = writeHalf(_mm512_castsi512_si256(units), static_cast<__mmask16>(ascii),
+                    _mm512_castsi512_si256(marks), out);
+    return writeHalf(_mm512_extracti64x4_epi64(units, 1), static_cast<__mmask16>(ascii >> 16),
+                     _mm512_extracti64x4_epi64(marks, 1), out);
+}
+
+/// How the bytes of a vector are taken out of code units that have three bytes each.
+struct ThreeByteVector
+{
+    alignas(64) std::array<std::uint16_t, STEP> units{}; ///< Four for each eight bytes.
+    alignas(64) Bytes shifts{};
+    alignas(64) Bytes mask{};
+    alignas(64) Bytes marks{};
+
+    /// @param begin the place of the vector among all bytes.
+    constexpr explicit ThreeByteVector(unsigned begin)
+    {
+        constexpr std::uint8_t SHIFTS[] = {12, 6, 0};
+        constexpr std::uint8_t MASKS[] = {0x0F, 0x3F, 0x3F};
+        constexpr std::uint8_t MARKS[] = {0xE0, 0x80, 0x80};
+        for (unsigned byte = 0; byte < shifts.size(); ++byte) {
+            const unsigned place = begin + byte;
+            const unsigned firstUnit = (begin + byte / 8 * 8) / 3; // of the eight bytes
+            shifts[byte] =
+                static_cast<std::uint8_t>(16 * (place / 3 - firstUnit) + SHIFTS[place % 3]);
+            mask[byte] = MASKS[place % 3];
+            marks[byte] = MARKS[place % 3];
+            units[byte / 2] = static_cast<std::uint16_t>(firstUnit + byte / 2 % 4);
+        }
+    }
+};
+
+/// Writes code units of three bytes.
+[[gnu::target("avx512f,avx512bw,avx512vl,avx512vbmi,avx512vbmi2,popcnt")]] inline char*
+writeThreeBytes(Units units, char* out)
+{
+    constexpr std::ptrdiff_t BYTES = 3 * STEP;
+    static constexpr ThreeByteVector VECTORS[] = {ThreeByteVector(0),
+                                                  ThreeByteVector(sizeof(__m512i))};
+    char* place = out;
+    for (const ThreeByteVector& vector : VECTORS) {
+        const __m512i spread =
+            _mm512_permutexvar_epi16(_mm512_load_si512(vector.units.data()), units);
+        _mm512_storeu_si512(
+            place, extract(spread, load(vector.shifts), load(vector.mask), load(vector.marks)));
+        place += sizeof(__m512i);
+    }
+    return out + BYTES;
+}
+
+/// What a step has done.
+struct Step
+{
+    std::ptrdiff_t read; ///< In code units. Zero if one of them is a surrogate without its other
+                         ///< half.
+    char* written;
+};
+
+/// Encodes 32 code units, among them surrogates. Leaves the last one if it is a high surrogate, so
+/// that no pair lies in two steps.
+[[gnu::target("avx512f,avx512bw,avx512vl,avx512vbmi,avx512vbmi2,popcnt")]] inline Step
+encodePairs(Units units, Mask ascii, Mask twoBytes, Mask surrogates, char* out)
+{
+    const Mask high = matching(units, 0xFC00, 0xD800);
+    const Mask low = surrogates ^ high;
+    if (low != high << 1) {
+        return {0, out};
+    }
+    // The unit before each.
+    const Units previous = _mm512_permutexvar_epi16(
+        _mm512_set_epi16(30, 29, 28, 27, 26, 25, 24, 23, 22, 21, 20, 19, 18, 17, 16, 15, 14, 13, 12,
+                         11, 10, 9, 8, 7, 6, 5, 4, 3, 2, 1, 0, 0),
+        units);
+    const Units ofPrevious = _mm512_and_si512(_mm512_slli_epi16(previous, 10), all(0x0C00));
+    // Numbers whose bits are where those of any code unit of two bytes are.
+    Units numbers = _mm512_mask_sub_epi16(units, high, units, all(0xD800 - 0x40));
+    numbers = _mm512_mask_srli_epi16(numbers, high, numbers, 2);
+    numbers = _mm512_mask_sub_epi16(numbers, low, numbers, all(0xDC00));
+    numbers = _mm512_mask_add_epi16(numbers, low, numbers, ofPrevious);
+    // The marks of the second byte of each.
+    Units second = _mm512_maskz_mov_epi16(twoBytes, all(0xC0));
+    second = _mm512_mask_mov_epi16(second, high, all(0xF0));
+    if ((twoBytes | surrogates) == 0xFFFFFFFF) {
+        out = writeTwoBytes(numbers, ascii, _mm512_or_si512(second, all(0x8080)), out);
+    } else {
+        const Units marks =
+            _mm512_mask_add_epi16(_mm512_slli_epi16(second, 8), twoBytes | surrogates,
+                                  _mm512_slli_epi16(second, 8), all(DROPPED));
+        out = writeMixed(numbers, ascii, marks, out);
+    }
+    // A branch, so that the next load need not wait for these bits.
+    if (high >> 31 != 0) [[unlikely]] {
+        return {STEP - 1, out - 2};
+    }
+    return {STEP, out};
+}
+
+/// Encodes 32 code units.
+[[gnu::target("avx512f,avx512bw,avx512vl,avx512vbmi,avx512vbmi2,popcnt")]] inline Step
+encodeStep(Units units, char* out)
+{
+    const Mask ascii = _mm512_cmplt_epu16_mask(units, all(0x80));
+    const Mask twoBytes = _mm512_cmplt_epu16_mask(units, all(0x800)); // or less
+    if (twoBytes == 0xFFFFFFFF) {
+        return {STEP, writeTwoBytes(units, ascii, all(0x80C0), out)};
+    }
+    const Mask surrogates = matching(units, 0xF800, 0xD800);
+    if (surrogates != 0) {
+        return encodePairs(units, ascii, twoBytes, surrogates, out);
+    }
+    if (twoBytes == 0) {
+        return {STEP, writeThreeBytes(units, out)};
+    }
+    return {STEP,
+            writeMixed(units, ascii, _mm512_maskz_mov_epi16(twoBytes, all(0x4000 | DROPPED)), out)};
+}
+
+[[gnu::target("avx512f,avx512bw,avx512vl,avx512vbmi,avx512vbmi2,popcnt")]] EncodedUtf8
 encode(const char16_t* first, const char16_t* last, char* out)
 {
-    const char16_t* const begin = first;
-    while (first != last) {
-        const std::ptrdiff_t left = last - first;
-        const std::ptrdiff_t count = std::min(left, STEP);
-        // What is not present is not read, and counts as NUL.
-        const auto present = static_cast<std::uint32_t>((std::uint64_t{1} << count) - 1);
-        const Units units = _mm512_maskz_loadu_epi16(present, first);
-        if (_mm512_test_epi16_mask(units, all(0xFF80)) == 0 && count == STEP) {
+    while (last - first >= STEP) {
+        const Units units = _mm512_loadu_si512(first);
+        if (_mm512_test_epi16_mask(units, all(0xFF80)) == 0) {
             _mm256_storeu_si256(reinterpret_cast<__m256i*>(out), _mm512_cvtepi16_epi8(units));
             first += STEP;
             out += STEP;
             continue;
         }
-        const Units previous =
-            _mm512_maskz_loadu_epi16(first == begin ? present & ~1u : present, first - 1);
-        char* const written =
-            encodeStep(units, previous, left > STEP && isLowSurrogate(first[STEP]), out);
-        if (written == nullptr) {
-            return encodeFromStep(begin, first, last, out);
+        const Step step = encodeStep(units, out);
+        if (step.read == 0) {
+            return encodeUtf8Portable(first, last, out);
         }
-        first += count;
-        out = written - (STEP - count); // each NUL has given one byte
+        first += step.read;
+        out = step.written;
+    }
+    if (first != last) {
+        // What is not present is not read, and counts as NUL.
+        const Mask present = (Mask{1} << (last - first)) - 1;
+        const Step step = encodeStep(_mm512_maskz_loadu_epi16(present, first), out);
+        if (step.read == 0) {
+            return encodeUtf8Portable(first, last, out);
+        }
+        // Each NUL has given one byte.
+        out = step.written - (STEP - (last - first));
     }
     return {last, out};
 }
