@@ -21,10 +21,22 @@ using Units = __m512i;      ///< 32 code units.
 using Mask = std::uint32_t; ///< A bit for each code unit.
 using Bytes = std::array<std::uint8_t, sizeof(__m512i)>;
 
-[[gnu::target("avx512f,avx512bw,avx512vl,avx512vbmi,avx512vbmi2,popcnt")]] inline Units
-all(unsigned value)
+/// @p VALUE in all places. It is loaded: where it is used, GCC would make it in a register first.
+template <std::uint32_t VALUE>
+[[gnu::target("avx512f,avx512bw,avx512vl,avx512vbmi,avx512vbmi2,popcnt")]] inline __m512i
+everywhere()
 {
-    return _mm512_set1_epi16(static_cast<short>(value));
+    static constexpr std::uint32_t IN_MEMORY = VALUE;
+    __m512i values;
+    asm("vpbroadcastd %1, %0" : "=v"(values) : "m"(IN_MEMORY));
+    return values;
+}
+
+/// @p UNIT in all places.
+template <std::uint16_t UNIT>
+[[gnu::target("avx512f,avx512bw,avx512vl,avx512vbmi,avx512vbmi2,popcnt")]] inline Units all()
+{
+    return everywhere<UNIT * 0x10001u>();
 }
 
 [[gnu::target("avx512f,avx512bw,avx512vl,avx512vbmi,avx512vbmi2,popcnt")]] inline __m512i
@@ -33,11 +45,12 @@ load(const Bytes& bytes)
     return _mm512_loadu_si512(bytes.data());
 }
 
-/// Which code units have @p pattern in the bits of @p mask.
+/// Which code units have @p PATTERN in the bits of @p MASK.
+template <std::uint16_t MASK, std::uint16_t PATTERN>
 [[gnu::target("avx512f,avx512bw,avx512vl,avx512vbmi,avx512vbmi2,popcnt")]] inline Mask
-matching(Units units, unsigned mask, unsigned pattern)
+matching(Units units)
 {
-    return _mm512_cmpeq_epi16_mask(_mm512_and_si512(units, all(mask)), all(pattern));
+    return _mm512_cmpeq_epi16_mask(_mm512_and_si512(units, all<MASK>()), all<PATTERN>());
 }
 
 /// Eight bytes of each 64 bits, which begin at the bits that @p shifts gives, with the bits of
@@ -54,8 +67,7 @@ extract(__m512i numbers, __m512i shifts, __m512i mask, __m512i marks)
 [[gnu::target("avx512f,avx512bw,avx512vl,avx512vbmi,avx512vbmi2,popcnt")]] inline char*
 closeGaps(__m512i bytes, char* out)
 {
-    const std::uint64_t kept =
-        _mm512_cmpneq_epi8_mask(bytes, _mm512_set1_epi8(static_cast<char>(DROPPED)));
+    const std::uint64_t kept = _mm512_cmpneq_epi8_mask(bytes, all<DROPPED << 8 | DROPPED>());
     _mm512_storeu_si512(out, _mm512_maskz_compress_epi8(kept, bytes));
     return out + std::popcount(kept);
 }
@@ -67,8 +79,8 @@ closeGaps(__m512i bytes, char* out)
 writeTwoBytes(Units units, Mask ascii, Units marks, char* out)
 {
     const __m512i shifts = _mm512_set1_epi64(0x3036'2026'1016'0006);
-    const __m512i slots = extract(units, shifts, all(0x3F3F), marks);
-    return closeGaps(_mm512_mask_add_epi16(slots, ascii, units, all(DROPPED << 8)), out);
+    const __m512i slots = extract(units, shifts, all<0x3F3F>(), marks);
+    return closeGaps(_mm512_mask_add_epi16(slots, ascii, units, all<DROPPED << 8>()), out);
 }
 
 /// Writes sixteen code units of one byte, where @p ascii is set, two or three.
@@ -79,12 +91,10 @@ writeHalf(__m256i units, __mmask16 ascii, __m256i marks, char* out)
 {
     const __m512i wide = _mm512_cvtepu16_epi32(units);
     const __m512i shifts = _mm512_set1_epi64(0x0020'262C'0000'060C);
-    const __m512i slots = extract(wide, shifts, _mm512_set1_epi32(0x003F'3F0F),
-                                  _mm512_or_si512(_mm512_set1_epi32(static_cast<int>(0xFF80'80E0)),
-                                                  _mm512_cvtepu16_epi32(marks)));
-    return closeGaps(
-        _mm512_mask_or_epi32(slots, ascii, wide, _mm512_set1_epi32(static_cast<int>(0xFFFF'FF00))),
-        out);
+    const __m512i slots =
+        extract(wide, shifts, everywhere<0x003F'3F0F>(),
+                _mm512_or_si512(everywhere<0xFF80'80E0>(), _mm512_cvtepu16_epi32(marks)));
+    return closeGaps(_mm512_mask_or_epi32(slots, ascii, wide, everywhere<0xFFFF'FF00>()), out);
 }
 
 /// Writes code units of one byte, where @p ascii is set, two or three.
@@ -154,7 +164,7 @@ struct Step
 [[gnu::target("avx512f,avx512bw,avx512vl,avx512vbmi,avx512vbmi2,popcnt")]] inline Step
 encodePairs(Units units, Mask ascii, Mask twoBytes, Mask surrogates, char* out)
 {
-    const Mask high = matching(units, 0xFC00, 0xD800);
+    const Mask high = matching<0xFC00, 0xD800>(units);
     const Mask low = surrogates ^ high;
     if (low != high << 1) {
         return {0, out};
@@ -164,21 +174,21 @@ encodePairs(Units units, Mask ascii, Mask twoBytes, Mask surrogates, char* out)
         _mm512_set_epi16(30, 29, 28, 27, 26, 25, 24, 23, 22, 21, 20, 19, 18, 17, 16, 15, 14, 13, 12,
                          11, 10, 9, 8, 7, 6, 5, 4, 3, 2, 1, 0, 0),
         units);
-    const Units ofPrevious = _mm512_and_si512(_mm512_slli_epi16(previous, 10), all(0x0C00));
+    const Units ofPrevious = _mm512_and_si512(_mm512_slli_epi16(previous, 10), all<0x0C00>());
     // Numbers whose bits are where those of any code unit of two bytes are.
-    Units numbers = _mm512_mask_sub_epi16(units, high, units, all(0xD800 - 0x40));
+    Units numbers = _mm512_mask_sub_epi16(units, high, units, all<0xD800 - 0x40>());
     numbers = _mm512_mask_srli_epi16(numbers, high, numbers, 2);
-    numbers = _mm512_mask_sub_epi16(numbers, low, numbers, all(0xDC00));
+    numbers = _mm512_mask_sub_epi16(numbers, low, numbers, all<0xDC00>());
     numbers = _mm512_mask_add_epi16(numbers, low, numbers, ofPrevious);
     // The marks of the second byte of each.
-    Units second = _mm512_maskz_mov_epi16(twoBytes, all(0xC0));
-    second = _mm512_mask_mov_epi16(second, high, all(0xF0));
+    Units second = _mm512_maskz_mov_epi16(twoBytes, all<0xC0>());
+    second = _mm512_mask_mov_epi16(second, high, all<0xF0>());
     if ((twoBytes | surrogates) == 0xFFFFFFFF) {
-        out = writeTwoBytes(numbers, ascii, _mm512_or_si512(second, all(0x8080)), out);
+        out = writeTwoBytes(numbers, ascii, _mm512_or_si512(second, all<0x8080>()), out);
     } else {
         const Units marks =
             _mm512_mask_add_epi16(_mm512_slli_epi16(second, 8), twoBytes | surrogates,
-                                  _mm512_slli_epi16(second, 8), all(DROPPED));
+                                  _mm512_slli_epi16(second, 8), all<DROPPED>());
         out = writeMixed(numbers, ascii, marks, out);
     }
     // A branch, so that the next load need not wait for these bits.
@@ -192,20 +202,20 @@ encodePairs(Units units, Mask ascii, Mask twoBytes, Mask surrogates, char* out)
 [[gnu::target("avx512f,avx512bw,avx512vl,avx512vbmi,avx512vbmi2,popcnt")]] inline Step
 encodeStep(Units units, char* out)
 {
-    const Mask ascii = _mm512_cmplt_epu16_mask(units, all(0x80));
-    const Mask twoBytes = _mm512_cmplt_epu16_mask(units, all(0x800)); // or less
+    const Mask ascii = _mm512_cmplt_epu16_mask(units, all<0x80>());
+    const Mask twoBytes = _mm512_cmplt_epu16_mask(units, all<0x800>()); // or less
     if (twoBytes == 0xFFFFFFFF) {
-        return {STEP, writeTwoBytes(units, ascii, all(0x80C0), out)};
+        return {STEP, writeTwoBytes(units, ascii, all<0x80C0>(), out)};
     }
-    const Mask surrogates = matching(units, 0xF800, 0xD800);
+    const Mask surrogates = matching<0xF800, 0xD800>(units);
     if (surrogates != 0) {
         return encodePairs(units, ascii, twoBytes, surrogates, out);
     }
     if (twoBytes == 0) {
         return {STEP, writeThreeBytes(units, out)};
     }
-    return {STEP,
-            writeMixed(units, ascii, _mm512_maskz_mov_epi16(twoBytes, all(0x4000 | DROPPED)), out)};
+    return {STEP, writeMixed(units, ascii,
+                             _mm512_maskz_mov_epi16(twoBytes, all<0x4000 | DROPPED>()), out)};
 }
 
 [[gnu::target("avx512f,avx512bw,avx512vl,avx512vbmi,avx512vbmi2,popcnt")]] EncodedUtf8
@@ -213,7 +223,7 @@ encode(const char16_t* first, const char16_t* last, char* out)
 {
     while (last - first >= STEP) {
         const Units units = _mm512_loadu_si512(first);
-        if (_mm512_test_epi16_mask(units, all(0xFF80)) == 0) {
+        if (_mm512_test_epi16_mask(units, all<0xFF80>()) == 0) {
             _mm256_storeu_si256(reinterpret_cast<__m256i*>(out), _mm512_cvtepi16_epi8(units));
             first += STEP;
             out += STEP;
