@@ -83,28 +83,28 @@ writeTwoBytes(Units units, Mask ascii, Units marks, char* out)
     return closeGaps(_mm512_mask_add_epi16(slots, ascii, units, all<DROPPED << 8>()), out);
 }
 
-/// Writes sixteen code units of one byte, where @p ascii is set, two or three.
+/// Writes sixteen code units of one byte, two or three.
 ///
-/// @param marks the bits that tell the kind of the first two bytes from that of three bytes.
+/// @param marks the bits that tell the kind of the first two bytes from that of three bytes, and
+///     all bits for a code unit of one byte.
 [[gnu::target("avx512f,avx512bw,avx512vl,avx512vbmi,avx512vbmi2,popcnt")]] inline char*
-writeHalf(__m256i units, __mmask16 ascii, __m256i marks, char* out)
+writeHalf(__m256i units, __m256i marks, char* out)
 {
     const __m512i wide = _mm512_cvtepu16_epi32(units);
+    const __m512i wideMarks = _mm512_cvtepu16_epi32(marks);
     const __m512i shifts = _mm512_set1_epi64(0x0020'262C'0000'060C);
-    const __m512i slots =
-        extract(wide, shifts, everywhere<0x003F'3F0F>(),
-                _mm512_or_si512(everywhere<0xFF80'80E0>(), _mm512_cvtepu16_epi32(marks)));
+    const __m512i slots = extract(wide, shifts, everywhere<0x003F'3F0F>(),
+                                  _mm512_or_si512(everywhere<0xFF80'80E0>(), wideMarks));
+    const __mmask16 ascii = _mm512_cmpeq_epi32_mask(wideMarks, everywhere<0xFFFF>());
     return closeGaps(_mm512_mask_or_epi32(slots, ascii, wide, everywhere<0xFFFF'FF00>()), out);
 }
 
-/// Writes code units of one byte, where @p ascii is set, two or three.
+/// Writes code units of one byte, two or three.
 [[gnu::target("avx512f,avx512bw,avx512vl,avx512vbmi,avx512vbmi2,popcnt")]] inline char*
-writeMixed(Units units, Mask ascii, Units marks, char* out)
+writeMixed(Units units, Units marks, char* out)
 {
-    out = writeHalf(_mm512_castsi512_si256(units), static_cast<__mmask16>(ascii),
-                    _mm512_castsi512_si256(marks), out);
-    return writeHalf(_mm512_extracti64x4_epi64(units, 1), static_cast<__mmask16>(ascii >> 16),
-                     _mm512_extracti64x4_epi64(marks, 1), out);
+    out = writeHalf(_mm512_castsi512_si256(units), _mm512_castsi512_si256(marks), out);
+    return writeHalf(_mm512_extracti64x4_epi64(units, 1), _mm512_extracti64x4_epi64(marks, 1), out);
 }
 
 /// How the bytes of a vector are taken out of code units that have three bytes each.
@@ -186,10 +186,10 @@ encodePairs(Units units, Mask ascii, Mask twoBytes, Mask surrogates, char* out)
     if ((twoBytes | surrogates) == 0xFFFFFFFF) {
         out = writeTwoBytes(numbers, ascii, _mm512_or_si512(second, all<0x8080>()), out);
     } else {
-        const Units marks =
-            _mm512_mask_add_epi16(_mm512_slli_epi16(second, 8), twoBytes | surrogates,
-                                  _mm512_slli_epi16(second, 8), all<DROPPED>());
-        out = writeMixed(numbers, ascii, marks, out);
+        second = _mm512_slli_epi16(second, 8);
+        Units marks = _mm512_mask_add_epi16(second, twoBytes | surrogates, second, all<DROPPED>());
+        marks = _mm512_mask_mov_epi16(marks, ascii, all<0xFFFF>());
+        out = writeMixed(numbers, marks, out);
     }
     // A branch, so that the next load need not wait for these bits.
     if (high >> 31 != 0) [[unlikely]] {
@@ -214,8 +214,8 @@ encodeStep(Units units, char* out)
     if (twoBytes == 0) {
         return {STEP, writeThreeBytes(units, out)};
     }
-    return {STEP, writeMixed(units, ascii,
-                             _mm512_maskz_mov_epi16(twoBytes, all<0x4000 | DROPPED>()), out)};
+    const Units marks = _mm512_maskz_mov_epi16(twoBytes, all<0x4000 | DROPPED>());
+    return {STEP, writeMixed(units, _mm512_mask_mov_epi16(marks, ascii, all<0xFFFF>()), out)};
 }
 
 [[gnu::target("avx512f,avx512bw,avx512vl,avx512vbmi,avx512vbmi2,popcnt")]] EncodedUtf8
