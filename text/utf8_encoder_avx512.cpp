@@ -198,8 +198,10 @@ encodePairs(Units units, Mask ascii, Mask twoBytes, Mask surrogates, char* out)
     return {STEP, out};
 }
 
-/// Encodes 32 code units.
-[[gnu::target("avx512f,avx512bw,avx512vl,avx512vbmi,avx512vbmi2,popcnt")]] inline Step
+/// Encodes 32 code units. Inlined even if the compiler would not, so that the loop keeps its
+/// constants in registers.
+[[gnu::always_inline,
+  gnu::target("avx512f,avx512bw,avx512vl,avx512vbmi,avx512vbmi2,popcnt")]] inline Step
 encodeStep(Units units, char* out)
 {
     const Mask ascii = _mm512_cmplt_epu16_mask(units, all<0x80>());

@@ -53,10 +53,12 @@ unsigned bitsOf(Units mask)
     return static_cast<unsigned>(_mm_movemask_epi8(mask));
 }
 
-/// Whether all code units have only zeros in the bits of @p mask.
-bool areClear(Units units, unsigned mask)
+/// Whether all code units are below @p limit.
+bool areBelow(Units units, unsigned limit)
 {
-    return bitsOf(matching(units, mask, 0)) == 0xFFFF;
+    // A saturating sum has its highest bit set, and so has its second byte, if a unit is not.
+    constexpr unsigned SECOND_BYTES = 0xAAAA;
+    return (bitsOf(_mm_adds_epu16(units, all(0x8000 - limit))) & SECOND_BYTES) == 0;
 }
 
 Units select(Units mask, Units ifSet, Units ifClear)
@@ -154,10 +156,11 @@ struct Step
     return {STEP, out};
 }
 
-/// Encodes eight code units.
-[[gnu::target("ssse3,popcnt")]] Step encodeStep(Units units, char* out)
+/// Encodes eight code units. Inlined even if the compiler would not, so that the loop keeps its
+/// constants in registers.
+[[gnu::always_inline, gnu::target("ssse3,popcnt")]] inline Step encodeStep(Units units, char* out)
 {
-    if (areClear(units, 0xF800)) {
+    if (areBelow(units, 0x800)) {
         const Units ascii = _mm_cmplt_epi16(units, all(0x80));
         return {STEP, writeTwoBytes(units, ascii, all(0x80C0), out)};
     }
@@ -174,17 +177,18 @@ struct Step
                                                    char* out)
 {
     while (last - first >= STEP) {
-        const Units units = load(first);
-        if (last - first >= 2 * STEP) {
+        for (; last - first >= 2 * STEP; first += 2 * STEP, out += 2 * STEP) {
+            const Units units = load(first);
             const Units after = load(first + STEP);
-            if (areClear(_mm_or_si128(units, after), 0xFF80)) {
-                store(out, _mm_packus_epi16(units, after));
-                first += 2 * STEP;
-                out += 2 * STEP;
-                continue;
+            if (!areBelow(_mm_or_si128(units, after), 0x80)) {
+                break;
             }
+            store(out, _mm_packus_epi16(units, after));
         }
-        const Step step = encodeStep(units, out);
+        if (last - first < STEP) {
+            break;
+        }
+        const Step step = encodeStep(load(first), out);
         if (step.read == 0) {
             return encodeUtf8Portable(first, last, out);
         }
