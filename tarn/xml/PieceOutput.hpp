@@ -106,8 +106,16 @@ private:
     template <class... Pieces>
     [[gnu::noinline, gnu::cold]] void writeOneByOne(const Pieces&... pieces)
     {
-        const SinkCall call(*this);
-        (writeToSink(pieces), ...);
+        (writeOne(pieces), ...);
+    }
+
+    template <class Piece>
+    void writeOne(const Piece& piece)
+    {
+        if (!writeInPlace(piece)) {
+            const SinkCall call(*this);
+            writeToSink(piece);
+        }
     }
 
     template <class Piece>

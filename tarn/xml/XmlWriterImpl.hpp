@@ -122,6 +122,7 @@ private:
     }
     /// Writes @p value with the special code units replaced.
     void writeEscaped(const std::u16string& value);
+    void writeLongEscaped(const std::u16string& value);
     /// Writes some code units from the beginning of @p rest, if there is room for them. Returns how
     /// many.
     std::size_t writeStep(std::u16string_view rest, const detail::Replacements& replacements);

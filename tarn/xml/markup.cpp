@@ -235,6 +235,18 @@ void XmlWriter::Impl::writeEscaped(const std::u16string& value)
     if (output.writeInPlace(escaped(value))) {
         return;
     }
+    if (value.size() > LONGEST_SHORT_VALUE) {
+        writeLongEscaped(value);
+        return;
+    }
+    std::u16string_view rest = value;
+    while (!rest.empty()) {
+        rest = writeRun(value, rest);
+    }
+}
+
+void XmlWriter::Impl::writeLongEscaped(const std::u16string& value)
+{
     const Replacements& replacements = escaped(value).replacements;
     std::u16string_view rest = output.escapeInPlace(value, replacements);
     while (!rest.empty()) {
