@@ -1,0 +1,156 @@
+// The UTF-8 decoders on one text.
+#pragma once
+
+#include "support/difference.hpp"
+#include "support/GuardedText.hpp"
+
+#include <text/utf8_decoder.hpp>
+
+#include <algorithm>
+#include <string>
+#include <string_view>
+
+namespace tarn::tests {
+
+namespace detail {
+
+/// What decoders have to make of a text.
+struct DecodedText
+{
+    std::u16string units;
+    std::size_t read = 0; ///< The bytes before the first ill-formed sequence.
+    unsigned classes = text::NO_CLASSES;
+
+    bool operator==(const DecodedText&) const = default;
+};
+
+inline unsigned classOf(char32_t codePoint)
+{
+    if (codePoint == U'\t' || codePoint == U'\n') {
+        return text::TAB_OR_LINE_FEED;
+    }
+    if (codePoint == U'\r') {
+        return text::CARRIAGE_RETURN;
+    }
+    if (codePoint < U' ' || codePoint == 0xFFFE || codePoint == 0xFFFF) {
+        return text::FORBIDDEN;
+    }
+    return std::u32string_view(U"<>&\"'").find(codePoint) != std::u32string_view::npos
+               ? text::MARKUP
+               : text::NO_CLASSES;
+}
+
+/// Decodes by the Unicode Standard's table of well-formed sequences of bytes.
+inline DecodedText referenceUtf16(std::string_view bytes)
+{
+    struct Form
+    {
+        unsigned char firstLead, lastLead, firstNext, lastNext;
+        std::size_t length;
+        char32_t bitsOfLead;
+    };
+    static constexpr Form FORMS[] = {
+        {0x00, 0x7F, 0x00, 0x00, 1, 0x7F}, {0xC2, 0xDF, 0x80, 0xBF, 2, 0x1F},
+        {0xE0, 0xE0, 0xA0, 0xBF, 3, 0x0F}, {0xE1, 0xEC, 0x80, 0xBF, 3, 0x0F},
+        {0xED, 0xED, 0x80, 0x9F, 3, 0x0F}, {0xEE, 0xEF, 0x80, 0xBF, 3, 0x0F},
+        {0xF0, 0xF0, 0x90, 0xBF, 4, 0x07}, {0xF1, 0xF3, 0x80, 0xBF, 4, 0x07},
+        {0xF4, 0xF4, 0x80, 0x8F, 4, 0x07},
+    };
+    DecodedText decoded;
+    while (decoded.read < bytes.size()) {
+        const std::string_view left = bytes.substr(decoded.read);
+        const auto at = [left](std::size_t place) {
+            return static_cast<unsigned char>(left[place]);
+        };
+        const auto* const form = std::ranges::find_if(FORMS, [&](const Form& form) {
+            return at(0) >= form.firstLead && at(0) <= form.lastLead;
+        });
+        if (form == std::end(FORMS) || left.size() < form->length) {
+            break;
+        }
+        char32_t codePoint = at(0) & form->bitsOfLead;
+        bool isWellFormed = true;
+        for (std::size_t place = 1; place < form->length; ++place) {
+            isWellFormed = isWellFormed && at(place) >= (place == 1 ? form->firstNext : 0x80) &&
+                           at(place) <= (place == 1 ? form->lastNext : 0xBF);
+            codePoint = codePoint << 6 | (at(place) & 0x3F);
+        }
+        if (!isWellFormed) {
+            break;
+        }
+        decoded.read += form->length;
+        decoded.classes |= classOf(codePoint);
+        if (codePoint >= 0x10000) {
+            decoded.units += static_cast<char16_t>(0xD800 + (codePoint - 0x10000) / 0x400);
+            decoded.units += static_cast<char16_t>(0xDC00 + codePoint % 0x400);
+        } else {
+            decoded.units += static_cast<char16_t>(codePoint);
+        }
+    }
+    return decoded;
+}
+
+inline std::string inHexadecimal(std::string_view bytes)
+{
+    static constexpr char DIGITS[] = "0123456789ABCDEF";
+    std::string shown;
+    for (const char byte : bytes) {
+        shown += {DIGITS[static_cast<unsigned char>(byte) >> 4], DIGITS[byte & 0xF], ' '};
+    }
+    return shown;
+}
+
+/// Decodes the bytes from @p first to @p last in both ways, to room with exactly the bound.
+inline std::string faultOfDecoding(const char* first, const char* last, const DecodedText& expected,
+                                   const text::Utf8DecoderLevel& level)
+{
+    static GuardedText room(std::u16string(0x2000, u'\0'));
+    char16_t* const out =
+        room.end() - text::decodedUtf8Bound(static_cast<std::size_t>(last - first));
+    const auto fault = [&](const text::DecodedUtf8& result, unsigned classes) -> std::string {
+        const DecodedText decoded = {
+            {out, result.written}, static_cast<std::size_t>(result.read - first), classes};
+        if (decoded == expected) {
+            return "";
+        }
+        return std::string(level.name) + " reads " + std::to_string(decoded.read) + " bytes, not " +
+               std::to_string(expected.read) + ", and finds the classes " +
+               std::to_string(decoded.classes) + ", not " + std::to_string(expected.classes) +
+               "\n  of " + inHexadecimal({first, last}) + '\n' +
+               difference(decoded.units, expected.units);
+    };
+    const text::ClassifiedUtf8 classified = level.decodeAndClassify(first, last, out);
+    const std::string ofClassified = fault(classified, classified.classes);
+    std::fill(out, room.end(), u'\0');
+    return ofClassified.empty() ? fault(level.decode(first, last, out), expected.classes)
+                                : ofClassified;
+}
+
+} // namespace detail
+
+/// Decodes @p bytes, at most a page, directly before and directly after a page that cannot be
+/// touched, with the decoders of each level that this processor can run.
+/// @returns the level and what it does wrong; nothing if all is right.
+inline std::string faultOfDecoding(std::string_view bytes)
+{
+    static GuardedText beforeGuard(std::u16string(0x800, u'\0'), GuardedText::Guard::After);
+    static GuardedText afterGuard(std::u16string(0x800, u'\0'), GuardedText::Guard::Before);
+    const detail::DecodedText expected = detail::referenceUtf16(bytes);
+    const auto size = static_cast<std::ptrdiff_t>(bytes.size());
+    for (char* const first : {reinterpret_cast<char*>(beforeGuard.end()) - size,
+                              reinterpret_cast<char*>(afterGuard.begin())}) {
+        std::ranges::copy(bytes, first);
+        for (const text::Utf8DecoderLevel& level : text::utf8DecoderLevels()) {
+            if (level.decode == nullptr) {
+                continue; // this processor cannot run it
+            }
+            std::string fault = detail::faultOfDecoding(first, first + size, expected, level);
+            if (!fault.empty()) {
+                return fault;
+            }
+        }
+    }
+    return "";
+}
+
+} // namespace tarn::tests
