@@ -6,19 +6,18 @@ namespace {
 
 bool canRun(KernelLevel level)
 {
-    switch (level) {
-    case KernelLevel::Portable:
+    if (level == KernelLevel::Portable) {
         return true;
-    case KernelLevel::Ssse3:
-        return __builtin_cpu_supports("ssse3") && __builtin_cpu_supports("popcnt");
-    case KernelLevel::Avx2:
-        return canRun(KernelLevel::Ssse3) && __builtin_cpu_supports("avx2");
-    case KernelLevel::Avx512:
-        return canRun(KernelLevel::Avx2) && __builtin_cpu_supports("avx512f") &&
-               __builtin_cpu_supports("avx512bw") && __builtin_cpu_supports("avx512vl") &&
-               __builtin_cpu_supports("avx512vbmi") && __builtin_cpu_supports("avx512vbmi2");
     }
-    return false;
+    if (level == KernelLevel::Ssse3) {
+        return __builtin_cpu_supports("ssse3") && __builtin_cpu_supports("popcnt");
+    }
+    if (level == KernelLevel::Avx2) {
+        return canRun(KernelLevel::Ssse3) && __builtin_cpu_supports("avx2");
+    }
+    return canRun(KernelLevel::Avx2) && __builtin_cpu_supports("avx512f") &&
+           __builtin_cpu_supports("avx512bw") && __builtin_cpu_supports("avx512vl") &&
+           __builtin_cpu_supports("avx512vbmi") && __builtin_cpu_supports("avx512vbmi2");
 }
 
 } // namespace
