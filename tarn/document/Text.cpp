@@ -1,0 +1,106 @@
+#include "tarn/document/Text.hpp"
+
+#include <algorithm>
+#include <charconv>
+#include <cmath>
+#include <cstdio>
+#include <cstring>
+#include <iterator>
+
+namespace tarn::document {
+
+namespace {
+
+/// @return how many characters of @p text were written.
+template <class Number>
+std::size_t writeNumber(Number value, char (&text)[48])
+{
+    return static_cast<std::size_t>(std::to_chars(std::begin(text), std::end(text), value).ptr -
+                                    text);
+}
+
+template <class Number>
+std::size_t writeFloat(Number value, char (&text)[48])
+{
+    if (!std::isfinite(value)) {
+        const std::string_view name = std::isnan(value) ? "NaN" : value > 0 ? "INF" : "-INF";
+        return static_cast<std::size_t>(std::ranges::copy(name, text).out - text);
+    }
+    return writeNumber(value, text);
+}
+
+} // namespace
+
+Text::Text(const char* text)
+    : bytes(text), size(text == nullptr ? 0 : std::strlen(text)), wasNull(text == nullptr)
+{
+}
+
+Text::Text(const char16_t* text)
+    : units(text), size(text == nullptr ? 0 : std::char_traits<char16_t>::length(text)),
+      isUtf16(true), wasNull(text == nullptr)
+{
+}
+
+void Text::setBool(bool value)
+{
+    bytes = value ? "true" : "false";
+    size = std::strlen(bytes);
+}
+
+void Text::setInteger(long long value)
+{
+    bytes = own;
+    size = writeNumber(value, own);
+}
+
+void Text::setInteger(unsigned long long value)
+{
+    bytes = own;
+    size = writeNumber(value, own);
+}
+
+void Text::setFloat(float value)
+{
+    bytes = own;
+    size = writeFloat(value, own);
+}
+
+void Text::setFloat(double value)
+{
+    bytes = own;
+    size = writeFloat(value, own);
+}
+
+void Text::setFloat(long double value)
+{
+    bytes = own;
+    size = writeFloat(value, own);
+}
+
+void Text::setTime(long long seconds, long long nanoseconds)
+{
+    using namespace std::chrono;
+    const auto days = floor<std::chrono::days>(std::chrono::seconds(seconds));
+    const year_month_day date{sys_days(days)};
+    const hh_mm_ss time(std::chrono::seconds(seconds) - days);
+    const int year = static_cast<int>(date.year());
+    // There is a year 0 in XML Schema 1.1.
+    int length = std::snprintf(
+        own, sizeof own, "%s%04d-%02u-%02uT%02d:%02d:%02d", year < 0 ? "-" : "", std::abs(year),
+        static_cast<unsigned>(date.month()), static_cast<unsigned>(date.day()),
+        static_cast<int>(time.hours().count()), static_cast<int>(time.minutes().count()),
+        static_cast<int>(time.seconds().count()));
+    if (nanoseconds != 0) {
+        length += std::snprintf(own + length, sizeof own - static_cast<std::size_t>(length),
+                                ".%09lld", nanoseconds);
+        while (own[length - 1] == '0') {
+            --length;
+        }
+    }
+    own[length++] = 'Z';
+    bytes = own;
+    size = static_cast<std::size_t>(length);
+}
+
+} // namespace tarn::document

@@ -1,0 +1,133 @@
+// What can be a value: text in UTF-8 or UTF-16, numbers, truth values, points in time.
+#pragma once
+
+#include "tarn/export.hpp"
+
+#include <chrono>
+#include <cstddef>
+#include <string>
+#include <string_view>
+#include <type_traits>
+
+namespace tarn::document {
+
+/// A value, for the length of a call.
+///
+/// - Text is UTF-8 (`char`, and `char8_t` where there is one) or UTF-16 (`char16_t`): a pointer to
+///   NUL-terminated text, a string, a string view, or what converts to one. It is checked where it
+///   is used.
+/// - A `bool` is `true` or `false`; an integer is its decimal digits.
+/// - A floating-point number is the shortest digits that read back the same, or `INF`, `-INF` or
+/// `NaN` (XML
+///   Schema 1.1, `xs:double`), whatever the locale.
+/// - A time point of `std::chrono::system_clock` is an `xs:dateTime` in UTC,
+/// `2026-11-25T18:30:02Z`, with a
+///   fraction if it has one.
+///
+/// A single `char`, a `wchar_t` and other pointers do not compile.
+class TARN_EXPORT Text
+{
+public:
+    Text(const char* text); // NOLINT(google-explicit-constructor)
+    Text(std::string_view text) : bytes(text.data()), size(text.size()) {} // NOLINT
+    Text(const std::string& text) : Text(std::string_view(text)) {}        // NOLINT
+    Text(const char16_t* text); // NOLINT(google-explicit-constructor)
+    Text(std::u16string_view text)
+        : units(text.data()), size(text.size()), isUtf16(true) {}         // NOLINT
+    Text(const std::u16string& text) : Text(std::u16string_view(text)) {} // NOLINT
+#ifdef __cpp_char8_t
+    Text(const char8_t* text) : Text(reinterpret_cast<const char*>(text)) {} // NOLINT
+    Text(std::u8string_view text) // NOLINT(google-explicit-constructor)
+        : Text(std::string_view(reinterpret_cast<const char*>(text.data()), text.size()))
+    {
+    }
+    Text(const std::u8string& text) : Text(std::u8string_view(text)) {} // NOLINT
+#endif
+    template <class Value, std::enable_if_t<std::is_arithmetic_v<Value>, int> = 0>
+    Text(Value value) // NOLINT(google-explicit-constructor)
+    {
+        static_assert(!isCharacter<Value>,
+                      "a single character is no text; write it in double quotes");
+        if constexpr (std::is_same_v<Value, bool>) {
+            setBool(value);
+        } else if constexpr (std::is_same_v<Value, float>) {
+            setFloat(value);
+        } else if constexpr (std::is_floating_point_v<Value>) {
+            setFloat(static_cast<
+                     std::conditional_t<std::is_same_v<Value, long double>, long double, double>>(
+                value));
+        } else if constexpr (std::is_signed_v<Value>) {
+            setInteger(static_cast<long long>(value));
+        } else {
+            setInteger(static_cast<unsigned long long>(value));
+        }
+    }
+    template <class Duration>
+    Text(std::chrono::time_point<std::chrono::system_clock, Duration> time) // NOLINT
+    {
+        const auto seconds = std::chrono::floor<std::chrono::seconds>(time);
+        setTime(seconds.time_since_epoch().count(),
+                std::chrono::duration_cast<std::chrono::nanoseconds>(time - seconds).count());
+    }
+    template <class View, std::enable_if_t<std::is_class_v<View> &&
+                                               std::is_convertible_v<const View&, std::string_view>,
+                                           int> = 0>
+    Text(const View& text) : Text(static_cast<std::string_view>(text)) // NOLINT
+    {
+    }
+    template <class Pointee>
+    Text(Pointee*) = delete;
+    Text(std::nullptr_t) = delete;
+    Text(const Text&) = delete;
+    Text& operator=(const Text&) = delete;
+    ~Text() = default;
+
+    // For the layer.
+    bool hasUtf16() const
+    {
+        return isUtf16;
+    }
+    std::string_view utf8() const
+    {
+        return {bytes, size};
+    }
+    std::u16string_view utf16() const
+    {
+        return {units, size};
+    }
+    /// Whether it was made of a null pointer.
+    bool isNull() const
+    {
+        return wasNull;
+    }
+
+private:
+    template <class Value>
+    static constexpr bool isCharacter =
+        std::is_same_v<Value, char> || std::is_same_v<Value, wchar_t> ||
+        std::is_same_v<Value, char16_t> || std::is_same_v<Value, char32_t>
+#ifdef __cpp_char8_t
+        || std::is_same_v<Value, char8_t>
+#endif
+        ;
+
+    void setBool(bool value);
+    void setInteger(long long value);
+    void setInteger(unsigned long long value);
+    void setFloat(float value);
+    void setFloat(double value);
+    void setFloat(long double value);
+    void setTime(long long seconds, long long nanoseconds);
+
+    union {
+        const char* bytes = "";
+        const char16_t* units;
+    };
+    std::size_t size = 0;
+    bool isUtf16 = false;
+    bool wasNull = false;
+    /// Holds what is no text of the caller's.
+    char own[48];
+};
+
+} // namespace tarn::document

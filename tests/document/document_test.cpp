@@ -1,0 +1,574 @@
+// The checked layer: what it writes, what it refuses, and what a parser reads back.
+
+#include "support/difference.hpp"
+#include "support/xml_outline.hpp"
+
+#include <tarn/document/Document.hpp>
+
+#include <gtest/gtest.h>
+
+#include <chrono>
+#include <functional>
+#include <limits>
+#include <ostream>
+#include <random>
+#include <sstream>
+#include <string>
+#include <vector>
+
+namespace tarn::tests {
+
+namespace {
+
+using namespace document;
+using namespace std::string_literals;
+
+constexpr Namespace ATOM{"http://www.w3.org/2005/Atom"};
+constexpr Namespace TERMS{"http://purl.org/dc/terms/", "dc"};
+constexpr Options BARE{Layout::indented, Unrepresentable::refuse, false};
+constexpr Options COMPACT{Layout::none, Unrepresentable::refuse, false};
+
+/// What @p write makes of a document with the root `r`.
+std::string inRoot(const std::function<void(Element&)>& write, Options options = COMPACT)
+{
+    std::string target;
+    Document document(target, options);
+    {
+        Element root = document.root("r");
+        write(root);
+    }
+    document.finish();
+    return target;
+}
+
+struct Case
+{
+    std::function<void(Element&)> write;
+    std::string text;
+};
+
+TEST(Document, WritesWhatItIsTold)
+{
+    const std::chrono::sys_seconds time = std::chrono::sys_days(std::chrono::year(2026) / 11 / 25) +
+                                          std::chrono::hours(18) + std::chrono::seconds(2);
+    const Case cases[] = {
+        {[](Element&) {}, "<r/>"},
+        {[](Element& r) { r.text(""); }, "<r></r>"},
+        {[](Element& r) { r.attribute("a", "<\t\n\r\"'&>").text("<\t\n\r\"'&>"); },
+         "<r a=\"&lt;&#9;&#10;&#13;&quot;&apos;&amp;&gt;\">&lt;\t\n&#13;&quot;&apos;&amp;&gt;</r>"},
+        {[](Element& r) { r.text(u"\u00E9\U0001F600").text(u8"\u4E2D").text("\xF0\x9F\x98\x80"); },
+         "<r>\u00E9\U0001F600\u4E2D\U0001F600</r>"},
+        {[](Element& r) { r.add("t", true).add("i", -7).add("u", 18446744073709551615u); },
+         "<r><t>true</t><i>-7</i><u>18446744073709551615</u></r>"},
+        {[](Element& r) {
+             r.add("d", 0.1).add("f", 0.1f).add("l", 0.5L).add("n", -0.0).add("e", 1e300);
+         },
+         "<r><d>0.1</d><f>0.1</f><l>0.5</l><n>-0</n><e>1e+300</e></r>"},
+        {[](Element& r) {
+             constexpr double INF = std::numeric_limits<double>::infinity();
+             r.add("p", INF).add("m", -INF).add("n", std::numeric_limits<double>::quiet_NaN());
+         },
+         "<r><p>INF</p><m>-INF</m><n>NaN</n></r>"},
+        {[](Element& r) {
+             const auto time = std::chrono::sys_days(std::chrono::year(-5) / 1 / 1);
+             r.add("b", false).add("y", std::chrono::sys_seconds(time)).add("u", u"\t\U0001F600");
+         },
+         "<r><b>false</b><y>-0005-01-01T00:00:00Z</y><u>\t\U0001F600</u></r>"},
+        {[time](Element& r) { r.add("s", time).add("f", time + std::chrono::milliseconds(50)); },
+         "<r><s>2026-11-25T18:00:02Z</s><f>2026-11-25T18:00:02.05Z</f></r>"},
+        {[](Element& r) { r.cdata("").cdata("a]]>b\rc]]"); },
+         "<r><![CDATA[]]><![CDATA[a]]]]><![CDATA[>b]]>&#13;<![CDATA[c]]]]></r>"},
+        {[](Element& r) { r.base64("any", 3).base64("c", 1).base64("arnal pleasure", 14); },
+         "<r>YW55Y2FybmFsIHBsZWFzdXJl</r>"},
+        {[](Element& r) { r.base64("a", 1).text("-").base64("ab", 2).base64(nullptr, 0); },
+         "<r>YQ==-YWI=</r>"},
+        {[](Element& r) {
+             r.child("a").base64("a", 1);
+             Element b = r.child("b");
+             r.base64("a", 1);
+         },
+         "<r><a>YQ==</a><b/>YQ==</r>"},
+        {[](Element& r) { r.comment(" a - b ").instruction("p", "d ? >").instruction("q"); },
+         "<r><!-- a - b --><?p d ? >?><?q?></r>"},
+        {[](Element& r) { r.raw(Fragment::of("<\r")).raw(Fragment::trusted("<b/>")); },
+         "<r>&lt;&#13;<b/></r>"},
+        {[](Element& r) { r.attribute(Name(XML, "lang"), "de").child(Name(XML, "x")); },
+         "<r xml:lang=\"de\"><xml:x/></r>"},
+        // Default namespaces.
+        {[](Element& r) {
+             Element svg = r.child(Name(ATOM, "a"));
+             svg.add(Name(ATOM, "b"), 1).add("c", 2);
+             svg.child("d").child(Name(ATOM, "e"));
+         },
+         "<r><a xmlns=\"http://www.w3.org/2005/Atom\"><b>1</b><c xmlns=\"\">2</c><d xmlns=\"\"><e "
+         "xmlns=\"http://www.w3.org/2005/Atom\"/></d></a></r>"},
+        // Prefixes.
+        {[](Element& r) {
+             const Namespace other("urn:o&'", "dc");
+             r.child(Name(TERMS, "a"))
+                 .attribute(Name(TERMS, "b"), 1)
+                 .attribute(Name(other, "b"), 2)
+                 .add(Name(other, "c"), 3);
+             r.child(Name(other, "d"));
+         },
+         "<r><dc:a xmlns:dc=\"http://purl.org/dc/terms/\" dc:b=\"1\" "
+         "xmlns:ns1=\"urn:o&amp;&apos;\" "
+         "ns1:b=\"2\"><ns1:c>3</ns1:c></dc:a><dc:d xmlns:dc=\"urn:o&amp;&apos;\"/></r>"},
+        {[](Element& r) {
+             r.declare(TERMS).declare(TERMS).declare(XML);
+             r.child(Name(TERMS, "a")).declare(ATOM).child(Name(ATOM, "b"));
+         },
+         "<r xmlns:dc=\"http://purl.org/dc/terms/\"><dc:a "
+         "xmlns=\"http://www.w3.org/2005/Atom\"><b/></dc:a></r>"},
+        {[](Element& r) {
+             r.child(Name(ATOM, "a")).declare(ATOM).declare(TERMS);
+             r.child(Name(TERMS, "b")).declare(Namespace("urn:1")).attribute("c", 1);
+         },
+         "<r><a xmlns=\"http://www.w3.org/2005/Atom\" xmlns:dc=\"http://purl.org/dc/terms/\"/>"
+         "<dc:b xmlns:dc=\"http://purl.org/dc/terms/\" xmlns=\"urn:1\" c=\"1\"/></r>"},
+        // More attributes than a table begins with.
+        {[](Element& r) {
+             for (char letter = 'a'; letter <= 't'; ++letter) {
+                 r.attribute(std::string(1, letter), 0);
+                 EXPECT_THROW(r.attribute(std::string(1, letter), 1), Error);
+             }
+         },
+         R"(<r a="0" b="0" c="0" d="0" e="0" f="0" g="0" h="0" i="0" j="0" k="0" l="0" m="0" n="0")"
+         R"( o="0" p="0" q="0" r="0" s="0" t="0"/>)"},
+        // An element that takes the place of another ends it.
+        {[](Element& r) {
+             constexpr Name CHECKED{TERMS, "c"};
+             Element a = r.child("a");
+             Element b = a.child("b");
+             b = r.child(CHECKED);
+             EXPECT_THROW(a.text("x"), Error);
+             Element moved = std::move(b);
+             b = std::move(moved);
+             b.text("x");
+         },
+         "<r><a><b/></a><dc:c xmlns:dc=\"http://purl.org/dc/terms/\">x</dc:c></r>"},
+        // An operation ends what is open inside.
+        {[](Element& r) {
+             Element a = r.child("a");
+             Element b = a.child("b");
+             r.text("x");
+             EXPECT_THROW(a.text("y"), Error);
+             EXPECT_THROW(b.end(), Error);
+         },
+         "<r><a><b/></a>x</r>"},
+    };
+    for (const auto& [write, text] : cases) {
+        EXPECT_EQ(inRoot(write), text);
+    }
+}
+
+TEST(Document, LaysOutWhatHasNoText)
+{
+    const Case cases[] = {
+        {[](Element& r) { r.child("a").child("b"); }, "<r>\n  <a>\n    <b/>\n  </a>\n</r>"},
+        {[](Element& r) { r.comment("c").instruction("p"); }, "<r>\n  <!--c-->\n  <?p?>\n</r>"},
+        {[](Element& r) { r.text("").add("a", "").comment("c"); }, "<r><a></a><!--c--></r>"},
+        {[](Element& r) { r.add("a", "x").text("t").add("b", "y"); },
+         "<r>\n  <a>x</a>t<b>y</b></r>"},
+        {[](Element& r) { r.child("a").cdata("").child("b").child("c"); },
+         "<r>\n  <a><![CDATA[]]><b><c/></b></a>\n</r>"},
+    };
+    for (const auto& [write, text] : cases) {
+        EXPECT_EQ(inRoot(write, BARE), text);
+    }
+    std::string whole;
+    Document document(whole);
+    document.comment("before");
+    document.doctype("r", "-//A//B", "a'b");
+    document.instruction("p", "d");
+    document.root("r").add("a", 1);
+    document.comment("after");
+    document.finish();
+    EXPECT_EQ(whole, "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<!--before-->\n"
+                     "<!DOCTYPE r PUBLIC \"-//A//B\" \"a'b\">\n<?p d?>\n<r>\n  <a>1</a>\n</r>\n"
+                     "<!--after-->");
+}
+
+TEST(Document, RefusesWhatWouldNotBeWellFormed)
+{
+    const std::string text = "<r a=\"1\"";
+    const std::pair<std::function<void(Element&)>, std::string> cases[] = {
+        {[](Element& r) { r.text("\x01"); }, "r: U+0001 is not a character of XML 1.0"},
+        {[](Element& r) { r.text(u"\uFFFF"); }, "r: U+FFFF is not a character of XML 1.0"},
+        {[](Element& r) { r.attribute("b", "\xED\xA0\x80"); }, "r/@b: ill-formed UTF-8 at byte 0"},
+        {[](Element& r) { r.add("c", u"ab\xDC00"); }, "r/c: ill-formed UTF-16 at code unit 2"},
+        {[](Element& r) { r.add("c", u"\xD800"); }, "r/c: ill-formed UTF-16 at code unit 0"},
+        {[](Element& r) { r.add("c", static_cast<const char16_t*>(nullptr)); },
+         "r/c: the text is a null pointer"},
+        {[](Element& r) { r.raw(Fragment::of("\xFF")); }, "/: ill-formed UTF-8 at byte 0"},
+        {[](Element& r) { r.raw(Fragment::trusted("<a>\x02")); },
+         "/: U+0002 is not a character of XML 1.0"},
+        {[](Element& r) { r.text(static_cast<const char*>(nullptr)); },
+         "r: the text is a null pointer"},
+        {[](Element& r) { r.base64(nullptr, 1); }, "r: the data is a null pointer"},
+        {[](Element& r) { r.attribute("a", 2); }, "r/@a: the element has this attribute already"},
+        {[](Element& r) { r.attribute("xmlns", 2); },
+         "r/@xmlns: \"xmlns\" declares a namespace; use declare()"},
+        {[](Element& r) { r.attribute(Name(ATOM, "b"), 2); },
+         "r/@b: an attribute cannot be in a namespace that wishes no prefix"},
+        {[](Element& r) { r.child("a:b"); },
+         "r/a:b: \"a:b\" is not a name (an NCName of Namespaces in XML 1.0)"},
+        {[](Element& r) { r.child(static_cast<const char*>(nullptr)); },
+         "r/: \"\" is not a name (an NCName of Namespaces in XML 1.0)"},
+        {[](Element& r) { r.child(Name(Namespace("a b", "p"), "c")); },
+         "r/p:c: \"a b\" with the prefix \"p\" is not allowed as a namespace"},
+        {[](Element& r) { r.declare(Namespace("urn:a", "xml")); },
+         "r: \"urn:a\" with the prefix \"xml\" is not allowed as a namespace"},
+        {[](Element& r) { r.declare(ATOM); },
+         "r: the default namespace of this element is another"},
+        {[](Element& r) { r.comment("a--b"); }, "r: a comment cannot have \"--\" or end in \"-\""},
+        {[](Element& r) { r.comment("a-"); }, "r: a comment cannot have \"--\" or end in \"-\""},
+        {[](Element& r) { r.comment("\r"); },
+         "r: a comment cannot have a carriage return: no parser gives it back"},
+        {[](Element& r) { r.instruction("xMl"); },
+         "r: the target of an instruction cannot be \"xMl\""},
+        {[](Element& r) { r.instruction(Name(TERMS, "p")); },
+         "r: the target of an instruction is in no namespace"},
+        {[](Element& r) { r.instruction("p", "a?>"); },
+         "r: the data of an instruction cannot have \"?>\""},
+        {[](Element& r) { r.instruction("p", "\n"); },
+         "r: the data of an instruction cannot begin with white space"},
+        {[](Element& r) { r.instruction("p", "a\r"); },
+         "r: the data of an instruction cannot have a carriage return: no parser gives it back"},
+    };
+    for (const auto& [refused, message] : cases) {
+        std::string target;
+        Document document(target, COMPACT);
+        Element root = document.root("r");
+        root.attribute("a", 1);
+        try {
+            refused(root);
+            ADD_FAILURE() << "not refused: " << message;
+        } catch (const Error& error) {
+            EXPECT_EQ(error.what(), message);
+        }
+        document.flush();
+        EXPECT_EQ(target, text) << message;
+        document.finish();
+        EXPECT_EQ(target, text + "/>") << message;
+    }
+}
+
+TEST(Document, RefusesCallsInTheWrongOrder)
+{
+    std::string target;
+    Document document(target, COMPACT);
+    const auto refusal = [](const auto& call) {
+        try {
+            call();
+            return "not refused"s;
+        } catch (const Error& error) {
+            return std::string(error.what());
+        }
+    };
+    EXPECT_EQ(refusal([&] { document.finish(); }), "/: there is no root element");
+    EXPECT_EQ(refusal([&] { document.doctype("d", "p"); }),
+              "/: a public identifier needs a system identifier");
+    EXPECT_EQ(refusal([&] { document.doctype("d", "<", "s"); }),
+              "/: \"<\" is not a public identifier");
+    EXPECT_EQ(refusal([&] { document.doctype("d", "", "\"'"); }),
+              "/: a system identifier cannot have both kinds of quotes");
+    EXPECT_EQ(refusal([&] { document.doctype("d", "1Z~", "s"); }),
+              "/: \"1Z~\" is not a public identifier");
+    EXPECT_EQ(refusal([&] { document.doctype("d", "", "\r"); }),
+              "/: a system identifier cannot have a carriage return: no parser gives it back");
+    EXPECT_EQ(refusal([&] { document.doctype(Name(TERMS, "d")); }),
+              "/: the name of a document type is in no namespace");
+    document.doctype("d", "", "a\"b");
+    EXPECT_EQ(refusal([&] { document.doctype("d"); }),
+              "/: the document has a document type already");
+    Element root = document.root("r");
+    EXPECT_EQ(refusal([&] { document.root("s"); }), "s: the document has a root already");
+    EXPECT_EQ(refusal([&] { document.doctype("d"); }), "/: a document type comes before the root");
+    EXPECT_EQ(refusal([&] { document.comment("c"); }),
+              "/: the root is open; use the comment() of an element");
+    EXPECT_EQ(refusal([&] { document.instruction("p"); }),
+              "/: the root is open; use the instruction() of an element");
+    root.text("t");
+    EXPECT_EQ(refusal([&] { root.attribute("a", 1); }), "r/@a: an attribute comes before content");
+    EXPECT_EQ(refusal([&] { root.declare(TERMS); }), "r: a namespace is declared before content");
+    root.end();
+    EXPECT_EQ(refusal([&] { root.text("t"); }), "/: the element has ended");
+    Element moved = std::move(root);
+    // NOLINTNEXTLINE(bugprone-use-after-move, clang-analyzer-cplusplus.Move): what is tested
+    EXPECT_EQ(refusal([&] { root.text("t"); }), "/: the element was moved from");
+    document.finish();
+    EXPECT_EQ(refusal([&] { document.comment("c"); }),
+              "/: the document is finished; only reset() works");
+    EXPECT_EQ(target, "<!DOCTYPE d SYSTEM 'a\"b'><r>t</r>");
+    document.reset();
+    document.root("again");
+    document.finish();
+    EXPECT_EQ(target, "<again/>");
+}
+
+TEST(Document, ReplacesWhatXmlCannotHoldIfItIsTold)
+{
+    constexpr Options REPLACING{Layout::none, Unrepresentable::replace, false};
+    const Case cases[] = {
+        {[](Element& r) { r.text("a\x01\x1F\tb\xEF\xBF\xBF"); }, "<r>a\uFFFD\uFFFD\tb\uFFFD</r>"},
+        {[](Element& r) { r.text(u"\xD800x\xDC00\xFFFE"); }, "<r>\uFFFDx\uFFFD\uFFFD</r>"},
+        // One for each beginning of a character, one for any other byte.
+        {[](Element& r) { r.text("\xF0\x9F\x98 \xE2\x82 \xC0\xAF \xED\xA0\x80 \xF4\x90 \x80"); },
+         "<r>\uFFFD \uFFFD \uFFFD\uFFFD \uFFFD\uFFFD\uFFFD \uFFFD\uFFFD \uFFFD</r>"},
+        {[](Element& r) { r.text("\xE0\x80 \xF0\x80 \xF5 \xF1\x80\x80\xC3 \xC3"); },
+         "<r>\uFFFD\uFFFD \uFFFD\uFFFD \uFFFD \uFFFD\uFFFD \uFFFD</r>"},
+    };
+    for (const auto& [write, text] : cases) {
+        EXPECT_EQ(inRoot(write, REPLACING), text);
+    }
+}
+
+TEST(Document, NeverLooksCompleteUntilItIsFinished)
+{
+    std::string target;
+    Document document(target, COMPACT);
+    EXPECT_THROW(
+        {
+            Element root = document.root("r");
+            Element child = root.child("c");
+            throw std::runtime_error("in mid-document");
+        },
+        std::runtime_error);
+    document.flush();
+    EXPECT_EQ(target, "<r><c");
+    document.reset();
+    document.root("r").add("c", std::string(10'000, 'x'));
+    document.comment("c");
+    document.flush();
+    EXPECT_EQ(target, "<r><c>" + std::string(10'000, 'x') + "</c>");
+    document.finish();
+    EXPECT_EQ(target, "<r><c>" + std::string(10'000, 'x') + "</c></r><!--c-->");
+}
+
+TEST(Document, IsBrokenOffIfTheTargetFails)
+{
+    std::size_t room = 1;
+    std::string received;
+    Document document(
+        [&](std::string_view bytes) {
+            if (room-- == 0) {
+                throw std::runtime_error("no room");
+            }
+            received += bytes;
+        },
+        COMPACT);
+    {
+        Element root = document.root("r");
+        root.text(std::string(9000, 'x'));
+        Element child = root.child("c");
+        EXPECT_THROW(child.text(std::string(9000, 'y')), std::runtime_error);
+        EXPECT_THROW(root.text("z"), Error);
+    }
+    EXPECT_THROW(document.finish(), Error);
+    EXPECT_EQ(received, "<r>" + std::string(9000, 'x'));
+    room = 1;
+    received.clear();
+    document.reset();
+    document.root("s");
+    document.finish();
+    EXPECT_EQ(received, "<s/>");
+
+    std::ostringstream stream;
+    Document toStream(stream, COMPACT);
+    toStream.root("r").text("t");
+    stream.setstate(std::ios::badbit);
+    EXPECT_THROW(toStream.finish(), Error);
+    stream.clear();
+    toStream.reset();
+    {
+        Element root = toStream.root("r");
+        root.child(Name(TERMS, "c")).declare(ATOM);
+        EXPECT_THROW(root.child(Name(TERMS, "d")).declare(ATOM).declare(Namespace("urn:2")), Error);
+        toStream.flush();
+    }
+    toStream.finish();
+    EXPECT_TRUE(stream.view().ends_with("</r>")) << stream.view();
+    EXPECT_THROW(Document{std::function<void(std::string_view)>()}, Error);
+}
+
+TEST(Document, KeepsWhatADestructorMeetsForFinish)
+{
+    bool isFull = false;
+    Document document(
+        [&](std::string_view) {
+            if (isFull) {
+                throw std::runtime_error("no room");
+            }
+        },
+        COMPACT);
+    {
+        Element root = document.root("r");
+        // With the end tag of the child, more than a batch.
+        root.child("c").text(std::string(8192 - 7, 'x'));
+        isFull = true;
+        const Element other = root.child("d");
+    }
+    try {
+        document.finish();
+        ADD_FAILURE() << "the failure is lost";
+    } catch (const std::runtime_error& error) {
+        EXPECT_EQ(error.what(), "no room"s);
+    }
+}
+
+TEST(Document, TellsNamesFromWhatIsNone)
+{
+    const auto isName = [](std::string_view text) {
+        try {
+            inRoot([&](Element& r) { r.child(text); });
+            return true;
+        } catch (const Error&) {
+            return false;
+        }
+    };
+    for (const char* name : {"a", "_", "Z9.-", "\u00E9\u00B7", "\u4E2D\u0300", "\U00010400",
+                             "x\u203F", "\u200C", "\uFDF0", "\U000EFFFF"}) {
+        EXPECT_TRUE(isName(name)) << name;
+    }
+    for (const char* name :
+         {"", "9", "-a", "a b", "a:b", "\u00D7", "\u0300a", "\u203F", "\U000F0000", "a\xC3",
+          "\xC3(", "\xE4\xB8", "\x80", "\xC1\x81", "\xE0\x81\x81", "\uFFFE", "\xF0\x80\x81\x81",
+          "\xF8\x88\x80\x80\x80", "\xBF\xBF"}) {
+        EXPECT_FALSE(isName(name)) << name;
+    }
+    const auto isNamespace = [](const Namespace& space) {
+        try {
+            inRoot([&](Element& r) { r.child(Name(space, "c")); });
+            return true;
+        } catch (const Error&) {
+            return false;
+        }
+    };
+    EXPECT_TRUE(isNamespace(Namespace("urn:a~!", "p")));
+    for (const Namespace& space :
+         {Namespace(""), Namespace("a b"), Namespace("a\x7F"), Namespace("a<"), Namespace("a", "1"),
+          Namespace("a", "xml"), Namespace(XML.uri()), Namespace(XML.uri(), "x"),
+          Namespace("a", "xmlns"), Namespace("http://www.w3.org/2000/xmlns/", "x")}) {
+        EXPECT_FALSE(isNamespace(space)) << space.uri() << ' ' << space.prefix();
+    }
+}
+
+/// Writes a random document and the outline that a parser should find, as
+/// tarn::tests::outlineOfXml().
+class RandomDocument
+{
+public:
+    explicit RandomDocument(unsigned seed) : random(seed)
+    {
+        const Options options{below(2) == 0 ? Layout::none : Layout::indented,
+                              Unrepresentable::refuse, below(2) == 0};
+        Document document(xml, options);
+        {
+            const Name name = anyName(true);
+            Element root = document.root(name);
+            write(root, name, 0);
+        }
+        document.finish();
+    }
+
+    std::string xml;
+    std::string outline;
+
+private:
+    unsigned below(unsigned limit) { return random() % limit; }
+
+    std::string anyText()
+    {
+        static const char* const PARTS[] = {"a",      " ",          "<",   "&",  "\"", "'",
+                                            ">",      "]]>",        "\r",  "\n", "\t", "\u00E9",
+                                            "\u4E2D", "\U0001F600", "xyz", "--"};
+        std::string text;
+        for (unsigned left = below(12); left > 0; --left) {
+            text += PARTS[below(std::size(PARTS))];
+        }
+        return text;
+    }
+
+    Name anyName(bool isElement)
+    {
+        static constexpr Namespace SPACES[] = {ATOM,
+                                               Namespace("urn:default"),
+                                               TERMS,
+                                               Namespace("urn:other", "dc"),
+                                               Namespace("urn:third", "t"),
+                                               Namespace("urn:ns1", "ns1")};
+        static constexpr const char* LOCAL_NAMES[] = {"a", "b-1", "\u00E9l", "_", "c.d"};
+        const char* const local = LOCAL_NAMES[below(std::size(LOCAL_NAMES))];
+        if (below(3) == 0) {
+            return {local};
+        }
+        return {SPACES[isElement ? below(6) : 2 + below(4)], local};
+    }
+
+    static std::string expanded(const Name& name)
+    {
+        return '{' + std::string(name.uri()) + '}' + std::string(name.localName());
+    }
+
+    void write(Element& element, const Name& name, unsigned depth)
+    {
+        outline += '<' + expanded(name);
+        for (unsigned left = below(4); left > 0; --left) {
+            const Name attribute = anyName(false);
+            const std::string value = anyText();
+            try {
+                element.attribute(attribute, value);
+                outline += ' ' + expanded(attribute) + "=\"" + value + '"';
+            } catch (const Error&) {
+                // The element has it already.
+            }
+        }
+        outline += '>';
+        if (below(2) == 0) {
+            writeText(element);
+        }
+        for (unsigned left = depth < 5 ? below(4) : 0; left > 0; --left) {
+            const Name childName = anyName(true);
+            Element child = element.child(childName);
+            write(child, childName, depth + 1);
+            if (below(4) == 0) {
+                writeText(element);
+            }
+        }
+        outline += "</>";
+    }
+
+    void writeText(Element& element)
+    {
+        const std::string text = anyText();
+        outline += text;
+        if (below(3) == 0) {
+            element.cdata(text);
+        } else {
+            element.text(text);
+        }
+    }
+
+    std::mt19937 random;
+};
+
+TEST(Document, GivesBackWhatWentIn)
+{
+    for (unsigned seed = 0; seed < 2000; ++seed) {
+        const RandomDocument document(seed);
+        const auto withoutLayout = [](std::string outline) {
+            std::erase(outline, '\n');
+            std::erase(outline, ' ');
+            return outline;
+        };
+        ASSERT_EQ(
+            difference(withoutLayout(outlineOfXml(document.xml)), withoutLayout(document.outline)),
+            "")
+            << "seed " << seed << ": " << document.xml;
+    }
+}
+
+} // namespace
+
+} // namespace tarn::tests
