@@ -2,6 +2,7 @@
 // on about one batch of text.
 #include "tarn/xml/text_escaping.hpp"
 #include "text/utf16.hpp"
+#include "text/utf8_decoder.hpp"
 #include "text/utf8_encoder.hpp"
 
 #include <benchmark/benchmark.h>
@@ -48,15 +49,21 @@ const std::vector<Sample> SAMPLES = {
     {"source", u"if (a < b && c > d) { print(\"x\", 'y'); } "},
 };
 
-void add(const std::string& name, std::u16string text, auto&& kernel)
+/// @param units the code units that @p text has in UTF-16.
+void add(const std::string& name, auto text, std::size_t units, auto&& kernel)
 {
     benchmark::RegisterBenchmark(
-        name.c_str(), [text = std::move(text), kernel](auto& state) mutable {
+        name.c_str(), [text = std::move(text), units, kernel](auto& state) mutable {
             for (auto _ : state) {
                 benchmark::DoNotOptimize(kernel(text.data(), text.data() + text.size()));
             }
-            state.SetItemsProcessed(state.iterations() * static_cast<std::int64_t>(text.size()));
+            state.SetItemsProcessed(state.iterations() * static_cast<std::int64_t>(units));
         });
+}
+
+void add(const std::string& name, const std::u16string& text, auto&& kernel)
+{
+    add(name, text, text.size(), kernel);
 }
 
 void addEncoder(const Sample& sample, const Utf8EncoderLevel& level)
@@ -69,6 +76,26 @@ void addEncoder(const Sample& sample, const Utf8EncoderLevel& level)
         [encode = level.encode, out](const char16_t* first, const char16_t* last) mutable {
             return encode(first, last, out.data()).written;
         });
+}
+
+void addDecoders(const Sample& sample, const Utf8DecoderLevel& level)
+{
+    if (level.decode == nullptr) {
+        return; // this processor cannot run it
+    }
+    const std::u16string text = sample.text();
+    std::string bytes(encodedUtf8Bound(text.size()), '\0');
+    bytes.resize(static_cast<std::size_t>(
+        encodeUtf8(text.data(), text.data() + text.size(), bytes.data()).written - bytes.data()));
+    const auto addDecoder = [&](const std::string& work, auto decode) {
+        std::u16string out(decodedUtf8Bound(bytes.size()), u'\0');
+        add(work + '/' + sample.name + '/' + std::string(level.name), bytes, text.size(),
+            [decode, out](const char* first, const char* last) mutable {
+                return decode(first, last, out.data()).written;
+            });
+    };
+    addDecoder("decode", level.decode);
+    addDecoder("decode-and-classify", level.decodeAndClassify);
 }
 
 /// Escapes one code unit at a time.
@@ -128,6 +155,9 @@ int main(int argumentCount, char** arguments)
     for (const Sample& sample : SAMPLES) {
         for (const Utf8EncoderLevel& level : utf8EncoderLevels()) {
             addEncoder(sample, level);
+        }
+        for (const Utf8DecoderLevel& level : utf8DecoderLevels()) {
+            addDecoders(sample, level);
         }
         for (const EscaperLevel& level : escaperLevels()) {
             addEscaper(sample, level);

@@ -81,7 +81,9 @@ ClassifiedUtf8 decodePlain(const char* first, const char* last, char16_t* out)
         }
         first += length;
         if (codePoint < 0x10000) {
-            classes |= codePoint > LAST_CHARACTER ? FORBIDDEN : NO_CLASSES;
+            if (CLASSIFY && codePoint > LAST_CHARACTER) {
+                classes |= FORBIDDEN;
+            }
             *out++ = static_cast<char16_t>(codePoint);
         } else {
             *out++ = static_cast<char16_t>(0xD7C0 + (codePoint >> 10));
@@ -103,9 +105,10 @@ ClassifiedUtf8 decodeAndClassifyUtf8(const char* first, const char* last, char16
     return bestLevel().decodeAndClassify(first, last, out);
 }
 
-std::array<Utf8DecoderLevel, 3> utf8DecoderLevels()
+std::array<Utf8DecoderLevel, 4> utf8DecoderLevels()
 {
-    return {utf8DecoderForAvx2(), utf8DecoderForSsse3(), portableUtf8Decoder()};
+    return {utf8DecoderForAvx512(), utf8DecoderForAvx2(), utf8DecoderForSsse3(),
+            portableUtf8Decoder()};
 }
 
 Utf8DecoderLevel portableUtf8Decoder()

@@ -35,8 +35,8 @@ struct ClassifiedUtf8 : DecodedUtf8
 /// The most code units that a decoder writes for @p length bytes.
 constexpr std::size_t decodedUtf8Bound(std::size_t length)
 {
-    // A step of a vector kernel writes more than it keeps: at most its 32 units.
-    constexpr std::size_t STORE_OVERRUN = 32;
+    // A step of a vector kernel writes more than it keeps: at most its 64 units.
+    constexpr std::size_t STORE_OVERRUN = 64;
     return length + STORE_OVERRUN;
 }
 
@@ -59,8 +59,9 @@ struct Utf8DecoderLevel
 
 /// All levels, the best first. The last one, "portable", runs on every processor: it decodes one
 /// code point at a time. decodeUtf8() uses the first that this processor can run.
-std::array<Utf8DecoderLevel, 3> utf8DecoderLevels();
+std::array<Utf8DecoderLevel, 4> utf8DecoderLevels();
 
+Utf8DecoderLevel utf8DecoderForAvx512();
 Utf8DecoderLevel utf8DecoderForAvx2();
 Utf8DecoderLevel utf8DecoderForSsse3();
 Utf8DecoderLevel portableUtf8Decoder();

@@ -251,7 +251,7 @@ template <bool CLASSIFY>
     if (first == last && before.areComplete()) {
         return {{first, out}, occurred.classes()};
     }
-    ClassifiedUtf8 decoded = decodeFromStep(before, first, last, out);
+    ClassifiedUtf8 decoded = decodeFromStep(before.areComplete(), first, last, out);
     decoded.classes = classesOf(decoded.classes | occurred.classes());
     return decoded;
 }

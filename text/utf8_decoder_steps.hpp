@@ -1,8 +1,9 @@
 // What the decoders share. Private to them.
 //
-// A vector kernel takes steps of 32 bytes. Every byte gets the code unit that would end with it:
-// the third byte of four a high surrogate, the fourth a low one. Then shuffles close the gaps that
-// the other bytes leave. A character can lie in two steps.
+// A vector kernel takes steps of a fixed width, wherever characters begin, so that no step waits
+// for the one before. Every byte gets the code unit that would end with it: the third byte of four
+// a high surrogate, the fourth a low one. Then the gaps that the other bytes leave are closed. A
+// step with ill-formed bytes is left to the plain decoder, which finds their exact place.
 #pragma once
 
 #include "text/utf8_decoder.hpp"
@@ -124,7 +125,7 @@ inline constexpr auto CLOSE_GAPS = [] {
     return shuffles;
 }();
 
-inline constexpr std::ptrdiff_t STEP = 32; ///< In bytes.
+inline constexpr std::ptrdiff_t STEP = 32; ///< In bytes, for all but AVX-512.
 
 /// Where the characters of a step are, a bit for each byte. The upper halves of the numbers are
 /// about the next step.
@@ -168,8 +169,11 @@ private:
     std::uint64_t lastOfFour = 0;
 };
 
+// The next ones are always inlined: on their own they would be without AVX, and a kernel for AVX
+// that calls such code is slow.
+
 /// The bits that any of 16 bytes has.
-inline unsigned bitsInBytes(__m128i bytes)
+[[gnu::always_inline]] inline unsigned bitsInBytes(__m128i bytes)
 {
     bytes = _mm_or_si128(bytes, _mm_srli_si128(bytes, 8));
     bytes = _mm_or_si128(bytes, _mm_srli_si128(bytes, 4));
@@ -179,7 +183,7 @@ inline unsigned bitsInBytes(__m128i bytes)
 }
 
 /// Loads @p count bytes, at most 8, and zeros after them.
-inline std::uint64_t loadUpTo8(const char* bytes, std::size_t count)
+[[gnu::always_inline]] inline std::uint64_t loadUpTo8(const char* bytes, std::size_t count)
 {
     // The first ones and the last ones, which can be the same in part.
     const auto load = [bytes, count](auto number) {
@@ -195,7 +199,7 @@ inline std::uint64_t loadUpTo8(const char* bytes, std::size_t count)
 }
 
 /// Loads @p count bytes, at most 16, and zeros after them.
-inline __m128i loadUpTo16(const char* bytes, std::size_t count)
+[[gnu::always_inline]] inline __m128i loadUpTo16(const char* bytes, std::size_t count)
 {
     if (count == 16) {
         return _mm_loadu_si128(reinterpret_cast<const __m128i*>(bytes));
@@ -213,7 +217,7 @@ struct StepBytes
 };
 
 /// Loads @p count bytes, fewer than a step has, and spaces after them, which belong to no class.
-inline StepBytes loadLast(const char* bytes, std::size_t count)
+[[gnu::always_inline]] inline StepBytes loadLast(const char* bytes, std::size_t count)
 {
     static constexpr auto PADDING = [] {
         std::array<char, 2 * STEP> padding{};
@@ -226,13 +230,14 @@ inline StepBytes loadLast(const char* bytes, std::size_t count)
             _mm_or_si128(loadUpTo16(bytes + lower, count - lower), loadUpTo16(padding + 16, 16))};
 }
 
-/// Goes on one code point at a time.
+/// Goes on one code point at a time, from the beginning of a character.
 ///
-/// @param before where the characters before @p first are. The last one can be incomplete.
-inline ClassifiedUtf8 decodeFromStep(const Characters& before, const char* first, const char* last,
+/// @param first,out where a step begins.
+/// @param isComplete whether the last character before @p first is complete.
+inline ClassifiedUtf8 decodeFromStep(bool isComplete, const char* first, const char* last,
                                      char16_t* out)
 {
-    if (!before.areComplete()) {
+    if (!isComplete) {
         const char* const step = first;
         do {
             --first;

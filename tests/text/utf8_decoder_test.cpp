@@ -63,12 +63,21 @@ TEST(Utf8Decoder, ClassifiesEveryByteOfAscii)
     }
 }
 
+TEST(Utf8Decoder, UsesTheBestLevel)
+{
+    const std::string text = "\u00E9 < \u4E2D\U0001F600\xED\xA0\x80";
+    ASSERT_EQ(detail::faultOfDecoding(text.data(), text.data() + text.size(),
+                                      detail::referenceUtf16(text),
+                                      {"the best", text::decodeUtf8, text::decodeAndClassifyUtf8}),
+              "");
+}
+
 /// Decodes the sequence alone and within text. It begins at every place in a step in turn, so that
 /// sequences of each kind lie in two steps.
 std::string faultOfSequence(const std::string& sequence)
 {
     static std::size_t place = 0;
-    place = (place + 1) % 37;
+    place = (place + 1) % 67;
     const std::string text = std::string(place, 'a') + sequence;
     return faultOfDecoding(place % 2 == 0 ? text : text + std::string(40, 'z'));
 }
