@@ -68,8 +68,7 @@ public:
     {
     }
     constexpr Name(const Namespace& space, std::string_view localName)
-        : local(localName), uriText(space.uri()), prefixText(space.prefix()),
-          namespaceIsChecked(space.isChecked())
+        : local(localName), uriText(space.uri()), prefixText(space.prefix())
     {
         check();
     }
@@ -81,7 +80,7 @@ public:
     /// Whether it was given with a namespace, even with one whose name is empty.
     constexpr bool hasNamespace() const { return uriText.data() != nullptr; }
     /// Whether the compiler has checked it, and its namespace.
-    constexpr bool isChecked() const { return localNameIsChecked && namespaceIsChecked; }
+    constexpr bool isChecked() const { return checked; }
 
 private:
     constexpr void check()
@@ -90,15 +89,14 @@ private:
             if (!detail::isNcName(local)) {
                 detail::theNameIsNotAnNcName();
             }
-            localNameIsChecked = true;
+            checked = true;
         }
     }
 
     std::string_view local;
     std::string_view uriText;
     std::string_view prefixText;
-    bool localNameIsChecked = false;
-    bool namespaceIsChecked = true;
+    bool checked = false;
 };
 
 } // namespace tarn::document

@@ -40,18 +40,15 @@ std::size_t illFormedLength(const char* first, const char* last)
     const unsigned lead = byte(0);
     const unsigned least = lead == 0xE0 ? 0xA0u : lead == 0xF0 ? 0x90u : 0x80u;
     const unsigned most = lead == 0xED ? 0x9Fu : lead == 0xF4 ? 0x8Fu : 0xBFu;
-    const std::size_t expected = lead >= 0xC2 && lead < 0xE0   ? 2
-                                 : lead >= 0xE0 && lead < 0xF0 ? 3
-                                 : lead >= 0xF0 && lead < 0xF5 ? 4
-                                                               : 1;
-    if (expected == 1 || byte(1) < least || byte(1) > most) {
+    if (lead < 0xC2 || lead >= 0xF5 || byte(1) < least || byte(1) > most) {
         return 1;
     }
-    std::size_t length = 2;
-    while (length < expected && byte(static_cast<std::ptrdiff_t>(length)) >> 6 == 2) {
+    // One byte at least is missing: it would be well-formed.
+    std::ptrdiff_t length = 2;
+    while (byte(length) >> 6 == 2) {
         ++length;
     }
-    return length;
+    return static_cast<std::size_t>(length);
 }
 
 } // namespace

@@ -71,9 +71,11 @@ TEST(Document, WritesWhatItIsTold)
          "<r><p>INF</p><m>-INF</m><n>NaN</n></r>"},
         {[](Element& r) {
              const auto time = std::chrono::sys_days(std::chrono::year(-5) / 1 / 1);
-             r.add("b", false).add("y", std::chrono::sys_seconds(time)).add("u", u"\t\U0001F600");
+             r.add("b", false)
+                 .add("y", std::chrono::sys_seconds(time))
+                 .add("u", u"\t\r\n\U0001F600");
          },
-         "<r><b>false</b><y>-0005-01-01T00:00:00Z</y><u>\t\U0001F600</u></r>"},
+         "<r><b>false</b><y>-0005-01-01T00:00:00Z</y><u>\t&#13;\n\U0001F600</u></r>"},
         {[time](Element& r) { r.add("s", time).add("f", time + std::chrono::milliseconds(50)); },
          "<r><s>2026-11-25T18:00:02Z</s><f>2026-11-25T18:00:02.05Z</f></r>"},
         {[](Element& r) { r.cdata("").cdata("a]]>b\rc]]"); },
@@ -144,6 +146,8 @@ TEST(Document, WritesWhatItIsTold)
              EXPECT_THROW(a.text("x"), Error);
              Element moved = std::move(b);
              b = std::move(moved);
+             Element& same = b;
+             b = std::move(same);
              b.text("x");
          },
          "<r><a><b/></a><dc:c xmlns:dc=\"http://purl.org/dc/terms/\">x</dc:c></r>"},
@@ -302,9 +306,10 @@ TEST(Document, RefusesCallsInTheWrongOrder)
               "/: the document is finished; only reset() works");
     EXPECT_EQ(target, "<!DOCTYPE d SYSTEM 'a\"b'><r>t</r>");
     document.reset();
+    document.doctype("again");
     document.root("again");
     document.finish();
-    EXPECT_EQ(target, "<again/>");
+    EXPECT_EQ(target, "<!DOCTYPE again><again/>");
 }
 
 TEST(Document, ReplacesWhatXmlCannotHoldIfItIsTold)
@@ -404,11 +409,12 @@ TEST(Document, KeepsWhatADestructorMeetsForFinish)
         COMPACT);
     {
         Element root = document.root("r");
-        // With the end tag of the child, more than a batch.
-        root.child("c").text(std::string(8192 - 7, 'x'));
+        // With the start tag of the next child a whole batch, and with its end more.
+        root.child("c").text(std::string(8192 - 12, 'x'));
         isFull = true;
         const Element other = root.child("d");
     }
+    isFull = false;
     try {
         document.finish();
         ADD_FAILURE() << "the failure is lost";
