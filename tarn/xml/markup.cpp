@@ -85,13 +85,13 @@ void XmlWriter::Impl::writeStartElement(const std::u16string& localName,
 {
     finishStartTag();
     const QualifiedName name = qualify(localName, namespaceUri, prefix);
-    const bool isShort = mostUnits(name) <= SHORT_NAME;
-    if (!isShort) {
+    const bool isShortName = isShort(name);
+    if (!isShortName) {
         prepareLongName(name);
     }
     output.write(LINE_FEED, indentation(reuse.depth), START_TAG_START, name);
     StackItem& element = elementStack.emplace_back();
-    if (isShort) {
+    if (isShortName) {
         assignShortName(name, element.name);
     } else {
         element.name = std::move(reuse.longName);
@@ -105,7 +105,7 @@ void XmlWriter::Impl::writeStartElement(const std::u16string& localName,
 
 void XmlWriter::Impl::prepareLongName(QualifiedName name)
 {
-    if (reuse.longName.capacity() <= SHORT_NAME) {
+    if (reuse.longName.capacity() == std::u16string().capacity()) {
         reuse.longName = reuse.elementNames.take();
     }
     reuse.longName.clear();
@@ -135,7 +135,7 @@ void XmlWriter::Impl::writeEndElement()
         endBindings(element);
         reuse.declaredNamespaces.put(std::move(element.declaredNamespaces));
     }
-    if (element.name.capacity() > SHORT_NAME) {
+    if (element.name.capacity() != std::u16string().capacity()) {
         reuse.elementNames.put(std::move(element.name));
     }
     elementStack.pop_back();

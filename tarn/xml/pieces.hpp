@@ -110,10 +110,13 @@ inline void appendPiece(std::u16string_view piece, std::u16string& text)
     text.append(piece);
 }
 
-/// In UTF-16 code units: what a string holds without an allocation.
-inline const std::size_t SHORT_NAME = std::u16string().capacity();
+/// Whether a string holds @p name without an allocation.
+inline bool isShort(QualifiedName name)
+{
+    return mostUnits(name) <= std::u16string().capacity();
+}
 
-/// As appendPiece(), inline, for a name of at most SHORT_NAME code units and an empty @p text.
+/// As appendPiece(), inline, for a short name and an empty @p text.
 inline void assignShortName(QualifiedName name, std::u16string& text)
 {
     const std::size_t length = mostUnits(name);
