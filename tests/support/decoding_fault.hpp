@@ -46,8 +46,7 @@ inline DecodedText referenceUtf16(std::string_view bytes)
     struct Form
     {
         unsigned char firstLead, lastLead, firstNext, lastNext;
-        std::size_t length;
-        char32_t bitsOfLead;
+        unsigned char length, bitsOfLead;
     };
     static constexpr Form FORMS[] = {
         {0x00, 0x7F, 0x00, 0x00, 1, 0x7F}, {0xC2, 0xDF, 0x80, 0xBF, 2, 0x1F},
