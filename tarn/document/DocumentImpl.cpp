@@ -533,9 +533,7 @@ void Document::Impl::endInDestructor(Handle element) noexcept
     try {
         end(element);
     } catch (...) {
-        if (!metInDestructor) {
-            metInDestructor = std::current_exception();
-        }
+        metInDestructor = std::current_exception(); // the only one: the document is broken off
     }
 }
 
