@@ -583,7 +583,6 @@ void Document::Impl::reset()
     names.clear();
     scopes.reset();
     attributeNames.clear();
-    isStartTagOpen = false;
     base64RestSize = 0;
     metInDestructor = nullptr;
 }
@@ -591,9 +590,12 @@ void Document::Impl::reset()
 void Document::Impl::beginContent(std::size_t depth)
 {
     endInside(depth);
-    finishStartTag();
+    if (!open.back().hasContent) {
+        append(">");
+        open.back().hasContent = true;
+        attributeNames.clear();
+    }
     writeBase64Rest();
-    open.back().hasContent = true;
 }
 
 void Document::Impl::beginMixed(std::size_t depth)
@@ -618,9 +620,8 @@ void Document::Impl::endInnermost()
         // Only a document that is finished looks complete.
         heldFrom = batch.size();
     }
-    if (isStartTagOpen) {
+    if (!element.hasContent) {
         append("/>");
-        isStartTagOpen = false;
         attributeNames.clear();
     } else {
         if (element.endsWithLine) {
@@ -635,15 +636,6 @@ void Document::Impl::endInnermost()
     open.pop_back();
     if (depth == 0) {
         stage = Stage::AfterRoot;
-    }
-}
-
-void Document::Impl::finishStartTag()
-{
-    if (isStartTagOpen) {
-        append(">");
-        isStartTagOpen = false;
-        attributeNames.clear();
     }
 }
 
@@ -696,7 +688,6 @@ void Document::Impl::startElement(const Name& name)
     appendName(prefix, name.localName());
     names.append(batch, begin);
     open.push_back(element);
-    isStartTagOpen = true;
     if (!isDeclared) {
         writeDeclaration(prefix, name.uri());
     }
@@ -707,16 +698,8 @@ void Document::Impl::writeDeclaration(std::string_view prefix, std::string_view 
     append(prefix.empty() ? " xmlns" : " xmlns:");
     appendName("", prefix);
     append("=\"");
-    // A URI has none of the special characters but these.
-    for (const char character : uri) {
-        if (character == '&') {
-            append("&amp;");
-        } else if (character == '\'') {
-            append("&apos;");
-        } else {
-            batch += static_cast<char16_t>(character);
-        }
-    }
+    uriUnits.assign(uri.begin(), uri.end());
+    writer.writeValue(uriUnits);
     append("\"");
 }
 

@@ -67,6 +67,7 @@ private:
         std::size_t name;
         /// The scopes around it.
         detail::Scopes::Mark outer;
+        /// Whether its start tag has ended.
         bool hasContent = false;
         /// Whether nothing may be added in it to lay it out.
         bool isMixed = false;
@@ -118,7 +119,6 @@ private:
     /// Ends the elements inside the one at @p depth.
     void endInside(std::size_t depth);
     void endInnermost();
-    void finishStartTag();
     /// Begins a line at @p depth unless the layout or the content around forbids it. Before the
     /// first, writes the declaration.
     void beginLine(std::size_t depth);
@@ -151,13 +151,13 @@ private:
     detail::Scopes scopes;
     detail::AttributeNames attributeNames;
     std::uint64_t lastNumber = 0;
-    bool isStartTagOpen = false;
     /// Up to two bytes that wait for a third.
     unsigned char base64Rest[2] = {};
     std::size_t base64RestSize = 0;
     std::exception_ptr metInDestructor;
     // Kept to reuse their storage.
     detail::Value value;
+    std::u16string uriUnits;
     std::string bytes;
 };
 

@@ -6,7 +6,6 @@
 #include <cstdint>
 #include <cstring>
 #include <emmintrin.h> // SSE2, which every x86-64 processor has
-#include <limits>
 #include <map>
 #include <string>
 #include <string_view>
@@ -108,7 +107,6 @@ private:
     static constexpr std::size_t NOWHERE = static_cast<std::size_t>(-1);
 
     static constexpr std::size_t GUESSES = 256;
-    static constexpr std::size_t FURTHEST_GUESS = std::numeric_limits<std::uint16_t>::max();
 
     /// Callers mostly keep a namespace name in one string, so that the address of the string says
     /// where its name stood last time.
@@ -225,8 +223,8 @@ private:
                 return {unindexed == 0 ? bindings.end() : bindings.find(namespaceUri), hash};
             }
         }
-        guesses[guessOf(&namespaceUri)] =
-            static_cast<std::uint16_t>(slot < FURTHEST_GUESS ? slot : 0);
+        // Cut off, the number is that of another slot, and the guess only wrong.
+        guesses[guessOf(&namespaceUri)] = static_cast<std::uint16_t>(slot);
         return slots[slot];
     }
 

@@ -74,7 +74,7 @@ void XmlWriter::Impl::writeRawXml(const std::u16string& xml)
 void XmlWriter::Impl::writeValue(const std::u16string& value)
 {
     if (state == State::StartTagOpen) {
-        finishStartTag();
+        closeStartTag();
     }
     writeEscaped(value);
 }
