@@ -87,15 +87,16 @@ void addDecoders(const Sample& sample, const Utf8DecoderLevel& level)
     std::string bytes(encodedUtf8Bound(text.size()), '\0');
     bytes.resize(static_cast<std::size_t>(
         encodeUtf8(text.data(), text.data() + text.size(), bytes.data()).written - bytes.data()));
-    const auto addDecoder = [&](const std::string& work, auto decode) {
-        std::u16string out(decodedUtf8Bound(bytes.size()), u'\0');
-        add(work + '/' + sample.name + '/' + std::string(level.name), bytes, text.size(),
-            [decode, out](const char* first, const char* last) mutable {
-                return decode(first, last, out.data()).written;
-            });
-    };
-    addDecoder("decode", level.decode);
-    addDecoder("decode-and-classify", level.decodeAndClassify);
+    const std::string name = '/' + sample.name + '/' + std::string(level.name);
+    std::u16string out(decodedUtf8Bound(bytes.size()), u'\0');
+    add("decode" + name, bytes, text.size(),
+        [decode = level.decode, out](const char* first, const char* last) mutable {
+            return decode(first, last, out.data()).written;
+        });
+    add("classify" + name, bytes, text.size(),
+        [classify = level.classify](const char* first, const char* last) {
+            return classify(first, last).classes;
+        });
 }
 
 /// Escapes one code unit at a time.

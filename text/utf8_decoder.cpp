@@ -61,16 +61,11 @@ inline LongCharacter readLongCharacter(const char* first, const char* last)
     return isWellFormed ? LongCharacter{codePoint, 4} : LongCharacter{};
 }
 
-template <bool CLASSIFY>
-ClassifiedUtf8 decodePlain(const char* first, const char* last, char16_t* out)
+DecodedUtf8 decodePlain(const char* first, const char* last, char16_t* out)
 {
-    unsigned classes = NO_CLASSES;
     while (first != last) {
         const auto byte = static_cast<unsigned char>(*first);
         if (byte < 0x80) {
-            if constexpr (CLASSIFY) {
-                classes |= CLASSES_OF_ASCII[byte];
-            }
             *out++ = byte;
             ++first;
             continue;
@@ -81,16 +76,35 @@ ClassifiedUtf8 decodePlain(const char* first, const char* last, char16_t* out)
         }
         first += length;
         if (codePoint < 0x10000) {
-            if (CLASSIFY && codePoint > LAST_CHARACTER) {
-                classes |= FORBIDDEN;
-            }
             *out++ = static_cast<char16_t>(codePoint);
         } else {
             *out++ = static_cast<char16_t>(0xD7C0 + (codePoint >> 10));
             *out++ = static_cast<char16_t>(0xDC00 | (codePoint & 0x3FF));
         }
     }
-    return {{first, out}, classesOf(classes)};
+    return {first, out};
+}
+
+ClassifiedUtf8 classifyPlain(const char* first, const char* last)
+{
+    unsigned classes = NO_CLASSES;
+    while (first != last) {
+        const auto byte = static_cast<unsigned char>(*first);
+        if (byte < 0x80) {
+            classes |= CLASSES_OF_ASCII[byte];
+            ++first;
+            continue;
+        }
+        const auto [codePoint, length] = readLongCharacter(first, last);
+        if (length == 0) {
+            break;
+        }
+        first += length;
+        if (codePoint == 0xFFFE || codePoint == 0xFFFF) {
+            classes |= FORBIDDEN;
+        }
+    }
+    return {first, classesOf(classes)};
 }
 
 } // namespace
@@ -100,9 +114,9 @@ DecodedUtf8 decodeUtf8(const char* first, const char* last, char16_t* out)
     return bestLevel().decode(first, last, out);
 }
 
-ClassifiedUtf8 decodeAndClassifyUtf8(const char* first, const char* last, char16_t* out)
+ClassifiedUtf8 classifyUtf8(const char* first, const char* last)
 {
-    return bestLevel().decodeAndClassify(first, last, out);
+    return bestLevel().classify(first, last);
 }
 
 std::array<Utf8DecoderLevel, 4> utf8DecoderLevels()
@@ -113,10 +127,7 @@ std::array<Utf8DecoderLevel, 4> utf8DecoderLevels()
 
 Utf8DecoderLevel portableUtf8Decoder()
 {
-    const auto decode = [](const char* first, const char* last, char16_t* out) -> DecodedUtf8 {
-        return decodePlain<false>(first, last, out);
-    };
-    return {"portable", decode, decodePlain<true>};
+    return {"portable", decodePlain, classifyPlain};
 }
 
 } // namespace tarn::text

@@ -1,4 +1,4 @@
-// The kernels that turn UTF-8 into UTF-16 and check it: one interface, one file for each level of
+// The kernels that check UTF-8 and turn it into UTF-16: one interface, one file for each level of
 // processors.
 #pragma once
 
@@ -26,9 +26,10 @@ enum CharacterClasses : std::uint8_t
     MARKUP = 8, ///< The characters < > & " '
 };
 
-/// How far a decoder got, and of which classes there are characters in what it has written.
-struct ClassifiedUtf8 : DecodedUtf8
+/// How much is well-formed, and of which classes there are characters in that.
+struct ClassifiedUtf8
 {
+    const char* read; ///< The first byte that is not part of it.
     CharacterClasses classes;
 };
 
@@ -46,19 +47,19 @@ constexpr std::size_t decodedUtf8Bound(std::size_t length)
 /// `decodedUtf8Bound(last - first)` code units.
 DecodedUtf8 decodeUtf8(const char* first, const char* last, char16_t* out);
 
-/// Does what decodeUtf8() does and tells the classes, for which it takes a little longer.
-ClassifiedUtf8 decodeAndClassifyUtf8(const char* first, const char* last, char16_t* out);
+/// Reads what decodeUtf8() would decode, and tells the classes.
+ClassifiedUtf8 classifyUtf8(const char* first, const char* last);
 
 /// The decoders for one level of processors. Both are null if this processor is below the level.
 struct Utf8DecoderLevel
 {
     std::string_view name;
     DecodedUtf8 (*decode)(const char* first, const char* last, char16_t* out);
-    ClassifiedUtf8 (*decodeAndClassify)(const char* first, const char* last, char16_t* out);
+    ClassifiedUtf8 (*classify)(const char* first, const char* last);
 };
 
 /// All levels, the best first. The last one, "portable", runs on every processor: it decodes one
-/// code point at a time. decodeUtf8() uses the first that this processor can run.
+/// code point at a time. decodeUtf8() and classifyUtf8() use the first that this processor can run.
 std::array<Utf8DecoderLevel, 4> utf8DecoderLevels();
 
 Utf8DecoderLevel utf8DecoderForAvx512();

@@ -137,74 +137,73 @@ struct StepUnits
     return writeKept(_mm256_extracti128_si256(units.odd, 1), kept >> 24, out);
 }
 
-/// What has occurred in the steps so far.
-template <bool CLASSIFY>
+/// The classes that have occurred in the steps so far.
 class Occurred
 {
 public:
-    [[gnu::target("avx2")]] Occurred()
-        : ofAscii(_mm256_setzero_si256()), largest(_mm256_setzero_si256())
+    [[gnu::target("avx2")]] Occurred() : bits(_mm256_setzero_si256()) {}
+
+    [[gnu::target("avx2")]] void addAscii(Bytes bytes)
     {
+        bits = _mm256_or_si256(bits,
+                               _mm256_and_si256(lookUp(CLASSES.byLowerHalf, bytes),
+                                                lookUp(CLASSES.byUpperHalf, upperHalves(bytes))));
     }
 
-    [[gnu::target("avx2")]] void add(Bytes bytes)
+    /// Adds U+FFFE and U+FFFF, the three bytes EF BF BE and EF BF BF.
+    [[gnu::target("avx2")]] void addNonCharacters(Bytes bytes, Bytes previous, Bytes third)
     {
-        if constexpr (CLASSIFY) {
-            const Bytes classes = _mm256_and_si256(lookUp(CLASSES.byLowerHalf, bytes),
-                                                   lookUp(CLASSES.byUpperHalf, upperHalves(bytes)));
-            ofAscii = _mm256_or_si256(ofAscii, classes);
-        }
-    }
-
-    [[gnu::target("avx2")]] void add(StepUnits units)
-    {
-        if constexpr (CLASSIFY) {
-            largest = _mm256_max_epu16(largest, _mm256_max_epu16(units.even, units.odd));
-        }
+        const Bytes areLast = _mm256_cmpeq_epi8(_mm256_max_epu8(bytes, allBytes(0xBE)), bytes);
+        const Bytes follow = _mm256_and_si256(_mm256_cmpeq_epi8(previous, allBytes(0xBF)),
+                                              _mm256_cmpeq_epi8(third, allBytes(0xEF)));
+        bits = _mm256_or_si256(
+            bits, _mm256_and_si256(_mm256_and_si256(areLast, follow), allBytes(FORBIDDEN)));
     }
 
     [[gnu::target("avx2")]] CharacterClasses classes() const
     {
-        if constexpr (!CLASSIFY) {
-            return NO_CLASSES;
-        }
-        const Units nonCharacters = _mm256_subs_epu16(largest, allUnits(LAST_CHARACTER));
-        const bool isForbidden = _mm256_testz_si256(nonCharacters, nonCharacters) == 0;
-        const __m128i half =
-            _mm_or_si128(_mm256_castsi256_si128(ofAscii), _mm256_extracti128_si256(ofAscii, 1));
-        return classesOf(bitsInBytes(half) | (isForbidden ? FORBIDDEN : NO_CLASSES));
+        return classesOf(bitsInBytes(
+            _mm_or_si128(_mm256_castsi256_si128(bits), _mm256_extracti128_si256(bits, 1))));
     }
 
 private:
-    Bytes ofAscii;
-    Units largest; ///< The largest code unit at each place.
+    Bytes bits;
 };
 
-/// Decodes ASCII as long as there are two steps of it.
-/// @returns where it stopped.
-template <bool CLASSIFY>
-[[gnu::target("avx2")]] inline const char* decodeAscii(const char* first, const char* last,
-                                                       char16_t* out, Occurred<CLASSIFY>& occurred)
+/// Does the work of a step of ASCII.
+template <bool DECODE>
+[[gnu::target("avx2")]] inline void takeAscii(Bytes bytes, char16_t* out, Occurred& occurred)
 {
-    for (; last - first >= 2 * STEP; first += 2 * STEP, out += 2 * STEP) {
+    if constexpr (DECODE) {
+        storeAscii(bytes, out);
+    } else {
+        occurred.addAscii(bytes);
+    }
+}
+
+/// Takes ASCII as long as there are two steps of it.
+/// @returns where it stopped.
+template <bool DECODE>
+[[gnu::target("avx2")]] inline const char* takeAscii(const char* first, const char* last,
+                                                     char16_t* out, Occurred& occurred)
+{
+    for (; last - first >= 2 * STEP; first += 2 * STEP, out += DECODE ? 2 * STEP : 0) {
         const Bytes one = load(first);
         const Bytes other = load(first + STEP);
         if (!isAscii(_mm256_or_si256(one, other))) {
             break;
         }
-        storeAscii(one, out);
-        storeAscii(other, out + STEP);
-        occurred.add(one);
-        occurred.add(other);
+        takeAscii<DECODE>(one, out, occurred);
+        takeAscii<DECODE>(other, out + (DECODE ? STEP : 0), occurred);
     }
     return first;
 }
 
-template <bool CLASSIFY>
-[[gnu::target("avx2,popcnt")]] ClassifiedUtf8 decode(const char* first, const char* last,
-                                                     char16_t* out)
+/// Decodes, or else classifies.
+template <bool DECODE>
+[[gnu::target("avx2,popcnt")]] Progress take(const char* first, const char* last, char16_t* out)
 {
-    Occurred<CLASSIFY> occurred;
+    Occurred occurred;
     Characters before;
     Bytes bytesBefore = _mm256_setzero_si256();
     while (first != last) {
@@ -217,12 +216,11 @@ template <bool CLASSIFY>
             bytes = _mm256_set_m128i(halves.upper, halves.lower);
         }
         if (isAscii(bytes) && before.areComplete()) {
-            storeAscii(bytes, out);
-            occurred.add(bytes);
+            takeAscii<DECODE>(bytes, out, occurred);
             first += count;
-            out += count;
-            const char* const end = decodeAscii(first, last, out, occurred);
-            out += end - first;
+            out += DECODE ? count : 0;
+            const char* const end = takeAscii<DECODE>(first, last, out, occurred);
+            out += DECODE ? end - first : 0;
             first = end;
             before = {};
             bytesBefore = _mm256_setzero_si256();
@@ -236,34 +234,40 @@ template <bool CLASSIFY>
             break;
         }
         const Bytes third = _mm256_alignr_epi8(bytes, middle, 14);
-        StepUnits units = unitsOf(bytes, previous, third);
-        if (characters.includePairs()) {
-            units = putPairs(units, third, _mm256_alignr_epi8(bytes, middle, 13));
+        if constexpr (DECODE) {
+            StepUnits units = unitsOf(bytes, previous, third);
+            if (characters.includePairs()) {
+                units = putPairs(units, third, _mm256_alignr_epi8(bytes, middle, 13));
+            }
+            // Each space after the end of the text has given one unit.
+            out = writeKept(units, characters.ends(), out) - (STEP - count);
+        } else {
+            occurred.addAscii(bytes);
+            occurred.addNonCharacters(bytes, previous, third);
         }
-        occurred.add(bytes);
-        occurred.add(units);
-        // Each space after the end of the text has given one unit.
-        out = writeKept(units, characters.ends(), out) - (STEP - count);
         first += count;
         before = characters;
         bytesBefore = bytes;
     }
-    if (first == last && before.areComplete()) {
-        return {{first, out}, occurred.classes()};
-    }
-    ClassifiedUtf8 decoded = decodeFromStep(before.areComplete(), first, last, out);
-    decoded.classes = classesOf(decoded.classes | occurred.classes());
-    return decoded;
+    const Progress progress{first, out, DECODE ? NO_CLASSES : occurred.classes()};
+    return first == last && before.areComplete()
+               ? progress
+               : goOnPlain<DECODE>(progress, before.areComplete(), last);
 }
 
 } // namespace
 
 Utf8DecoderLevel utf8DecoderForAvx2()
 {
-    const auto decodeAlone = [](const char* first, const char* last, char16_t* out) -> DecodedUtf8 {
-        return decode<false>(first, last, out);
+    const auto decode = [](const char* first, const char* last, char16_t* out) {
+        const Progress progress = take<true>(first, last, out);
+        return DecodedUtf8{progress.read, progress.written};
     };
-    return canUse(KernelLevel::Avx2) ? Utf8DecoderLevel{"AVX2", decodeAlone, decode<true>}
+    const auto classify = [](const char* first, const char* last) {
+        const Progress progress = take<false>(first, last, nullptr);
+        return ClassifiedUtf8{progress.read, progress.classes};
+    };
+    return canUse(KernelLevel::Avx2) ? Utf8DecoderLevel{"AVX2", decode, classify}
                                      : Utf8DecoderLevel{"AVX2", nullptr, nullptr};
 }
 

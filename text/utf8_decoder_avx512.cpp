@@ -136,73 +136,81 @@ writeKept(Units units, std::uint64_t kept, char16_t* out)
     return out + std::popcount(bits);
 }
 
-/// What has occurred in the steps so far.
-template <bool CLASSIFY>
+/// The classes that have occurred in the steps so far.
 class Occurred
 {
 public:
     [[gnu::target("avx512f,avx512bw,avx512vl,avx512vbmi2,bmi2,popcnt")]] Occurred()
-        : ofAscii(_mm512_setzero_si512()), largest(_mm512_setzero_si512())
+        : bits(_mm512_setzero_si512())
     {
     }
 
-    [[gnu::target("avx512f,avx512bw,avx512vl,avx512vbmi2,bmi2,popcnt")]] void add(Bytes bytes)
+    [[gnu::target("avx512f,avx512bw,avx512vl,avx512vbmi2,bmi2,popcnt")]] void addAscii(Bytes bytes)
     {
-        if constexpr (CLASSIFY) {
-            const Bytes classes = _mm512_and_si512(lookUp(CLASSES.byLowerHalf, bytes),
-                                                   lookUp(CLASSES.byUpperHalf, upperHalves(bytes)));
-            ofAscii = _mm512_or_si512(ofAscii, classes);
-        }
+        bits = _mm512_or_si512(bits,
+                               _mm512_and_si512(lookUp(CLASSES.byLowerHalf, bytes),
+                                                lookUp(CLASSES.byUpperHalf, upperHalves(bytes))));
     }
 
-    [[gnu::target("avx512f,avx512bw,avx512vl,avx512vbmi2,bmi2,popcnt")]] void add(StepUnits units)
+    /// Adds U+FFFE and U+FFFF, the three bytes EF BF BE and EF BF BF.
+    [[gnu::target("avx512f,avx512bw,avx512vl,avx512vbmi2,bmi2,popcnt")]] void
+    addNonCharacters(Bytes bytes, Bytes previous, Bytes third)
     {
-        if constexpr (CLASSIFY) {
-            largest = _mm512_max_epu16(largest, _mm512_max_epu16(units.lower, units.upper));
-        }
+        const std::uint64_t areThere = _mm512_cmpge_epu8_mask(bytes, allBytes(0xBE)) &
+                                       _mm512_cmpeq_epi8_mask(previous, allBytes(0xBF)) &
+                                       _mm512_cmpeq_epi8_mask(third, allBytes(0xEF));
+        bits = _mm512_or_si512(bits, _mm512_maskz_mov_epi8(areThere, allBytes(FORBIDDEN)));
     }
 
     [[gnu::target("avx512f,avx512bw,avx512vl,avx512vbmi2,bmi2,popcnt")]] CharacterClasses
     classes() const
     {
-        if constexpr (!CLASSIFY) {
-            return NO_CLASSES;
+        unsigned classes = NO_CLASSES;
+        for (const unsigned one : {FORBIDDEN, TAB_OR_LINE_FEED, CARRIAGE_RETURN, MARKUP}) {
+            const unsigned inBothHalves = one << 4 | one;
+            classes |= _mm512_test_epi8_mask(bits, allBytes(inBothHalves)) != 0 ? one : 0;
         }
-        const bool isForbidden = _mm512_cmpgt_epu16_mask(largest, allUnits(LAST_CHARACTER)) != 0;
-        const __m256i half =
-            _mm256_or_si256(_mm512_castsi512_si256(ofAscii), _mm512_extracti64x4_epi64(ofAscii, 1));
-        const __m128i quarter =
-            _mm_or_si128(_mm256_castsi256_si128(half), _mm256_extracti128_si256(half, 1));
-        return classesOf(bitsInBytes(quarter) | (isForbidden ? FORBIDDEN : NO_CLASSES));
+        return classesOf(classes);
     }
 
 private:
-    Bytes ofAscii;
-    Units largest; ///< The largest code unit at each place.
+    Bytes bits;
 };
 
-/// Decodes ASCII as long as there are whole steps of it.
-/// @returns where it stopped.
-template <bool CLASSIFY>
-[[gnu::target("avx512f,avx512bw,avx512vl,avx512vbmi2,bmi2,popcnt")]] inline const char*
-decodeAscii(const char* first, const char* last, char16_t* out, Occurred<CLASSIFY>& occurred)
+/// Does the work of a step of ASCII.
+template <bool DECODE>
+[[gnu::target("avx512f,avx512bw,avx512vl,avx512vbmi2,bmi2,popcnt")]] inline void
+takeAscii(Bytes bytes, char16_t* out, Occurred& occurred)
 {
-    for (; last - first >= WIDE_STEP; first += WIDE_STEP, out += WIDE_STEP) {
+    if constexpr (DECODE) {
+        storeAscii(bytes, out);
+    } else {
+        occurred.addAscii(bytes);
+    }
+}
+
+/// Takes ASCII as long as there are whole steps of it.
+/// @returns where it stopped.
+template <bool DECODE>
+[[gnu::target("avx512f,avx512bw,avx512vl,avx512vbmi2,bmi2,popcnt")]] inline const char*
+takeAscii(const char* first, const char* last, char16_t* out, Occurred& occurred)
+{
+    for (; last - first >= WIDE_STEP; first += WIDE_STEP, out += DECODE ? WIDE_STEP : 0) {
         const Bytes bytes = _mm512_loadu_si512(first);
         if (_mm512_movepi8_mask(bytes) != 0) {
             break;
         }
-        storeAscii(bytes, out);
-        occurred.add(bytes);
+        takeAscii<DECODE>(bytes, out, occurred);
     }
     return first;
 }
 
-template <bool CLASSIFY>
-[[gnu::target("avx512f,avx512bw,avx512vl,avx512vbmi2,bmi2,popcnt")]] ClassifiedUtf8
-decode(const char* first, const char* last, char16_t* out)
+/// Decodes, or else classifies.
+template <bool DECODE>
+[[gnu::target("avx512f,avx512bw,avx512vl,avx512vbmi2,bmi2,popcnt")]] Progress
+take(const char* first, const char* last, char16_t* out)
 {
-    Occurred<CLASSIFY> occurred;
+    Occurred occurred;
     Leads before;
     Bytes bytesBefore = _mm512_setzero_si512();
     while (first != last) {
@@ -214,12 +222,11 @@ decode(const char* first, const char* last, char16_t* out)
         const std::uint64_t longer = _mm512_movepi8_mask(bytes);
         const std::uint64_t continued = before.continuationsInNext();
         if (longer == 0 && continued == 0) {
-            storeAscii(bytes, out);
-            occurred.add(bytes);
+            takeAscii<DECODE>(bytes, out, occurred);
             first += count;
-            out += count;
-            const char* const end = decodeAscii(first, last, out, occurred);
-            out += end - first;
+            out += DECODE ? count : 0;
+            const char* const end = takeAscii<DECODE>(first, last, out, occurred);
+            out += DECODE ? end - first : 0;
             first = end;
             before = {};
             bytesBefore = _mm512_setzero_si512();
@@ -232,40 +239,45 @@ decode(const char* first, const char* last, char16_t* out)
             !arePairsWellFormed(previous, bytes)) {
             break;
         }
-        StepUnits units = unitsOf(bytes, longer, previous, _mm512_alignr_epi8(bytes, middle, 14));
-        const std::uint64_t low = leads.ofFour << 3 | before.ofFour >> 61;
-        if (low != 0 || leads.ofFour != 0) {
-            const std::uint64_t high = leads.ofFour << 2 | before.ofFour >> 62;
-            units = {putPairs(units.lower, high, low),
-                     putPairs(units.upper, high >> 32, low >> 32)};
+        const Bytes third = _mm512_alignr_epi8(bytes, middle, 14);
+        if constexpr (DECODE) {
+            StepUnits units = unitsOf(bytes, longer, previous, third);
+            const std::uint64_t low = leads.ofFour << 3 | before.ofFour >> 61;
+            if (low != 0 || leads.ofFour != 0) {
+                const std::uint64_t high = leads.ofFour << 2 | before.ofFour >> 62;
+                units = {putPairs(units.lower, high, low),
+                         putPairs(units.upper, high >> 32, low >> 32)};
+            }
+            const std::uint64_t kept = ~(leads.all | leads.ofThree << 1 | before.ofThree >> 63);
+            out = writeKept(units.lower, kept, out);
+            out = writeKept(units.upper, kept >> 32, out);
+            out -= WIDE_STEP - count; // each space after the end of the text has given one unit
+        } else {
+            occurred.addAscii(bytes);
+            occurred.addNonCharacters(bytes, previous, third);
         }
-        occurred.add(bytes);
-        occurred.add(units);
-        const std::uint64_t kept = ~(leads.all | leads.ofThree << 1 | before.ofThree >> 63);
-        out = writeKept(units.lower, kept, out);
-        out = writeKept(units.upper, kept >> 32, out);
-        out -= WIDE_STEP - count; // each space after the end of the text has given one unit
         first += count;
         before = leads;
         bytesBefore = bytes;
     }
     const bool isComplete = before.continuationsInNext() == 0;
-    if (first == last && isComplete) {
-        return {{first, out}, occurred.classes()};
-    }
-    ClassifiedUtf8 decoded = decodeFromStep(isComplete, first, last, out);
-    decoded.classes = classesOf(decoded.classes | occurred.classes());
-    return decoded;
+    const Progress progress{first, out, DECODE ? NO_CLASSES : occurred.classes()};
+    return first == last && isComplete ? progress : goOnPlain<DECODE>(progress, isComplete, last);
 }
 
 } // namespace
 
 Utf8DecoderLevel utf8DecoderForAvx512()
 {
-    const auto decodeAlone = [](const char* first, const char* last, char16_t* out) -> DecodedUtf8 {
-        return decode<false>(first, last, out);
+    const auto decode = [](const char* first, const char* last, char16_t* out) {
+        const Progress progress = take<true>(first, last, out);
+        return DecodedUtf8{progress.read, progress.written};
     };
-    return canUse(KernelLevel::Avx512) ? Utf8DecoderLevel{"AVX-512", decodeAlone, decode<true>}
+    const auto classify = [](const char* first, const char* last) {
+        const Progress progress = take<false>(first, last, nullptr);
+        return ClassifiedUtf8{progress.read, progress.classes};
+    };
+    return canUse(KernelLevel::Avx512) ? Utf8DecoderLevel{"AVX-512", decode, classify}
                                        : Utf8DecoderLevel{"AVX-512", nullptr, nullptr};
 }
 

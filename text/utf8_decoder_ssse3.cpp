@@ -139,50 +139,46 @@ struct HalfUnits
     return out + std::popcount(kept);
 }
 
-/// What has occurred in the steps so far.
-template <bool CLASSIFY>
+/// The classes that have occurred in the steps so far.
 class Occurred
 {
 public:
-    [[gnu::target("ssse3")]] void add(const StepBytes& bytes)
+    [[gnu::target("ssse3")]] void addAscii(const StepBytes& bytes)
     {
-        if constexpr (CLASSIFY) {
-            ofAscii = _mm_or_si128(
-                ofAscii, _mm_or_si128(classesOfAscii(bytes.lower), classesOfAscii(bytes.upper)));
-        }
+        bits = _mm_or_si128(bits, _mm_or_si128(bitsOfAscii(bytes.lower), bitsOfAscii(bytes.upper)));
     }
 
-    void add(const HalfUnits& units)
+    /// Adds U+FFFE and U+FFFF, the three bytes EF BF BE and EF BF BF.
+    ///
+    /// @param before the 16 bytes before @p bytes.
+    [[gnu::target("ssse3")]] void addNonCharacters(Bytes before, Bytes bytes)
     {
-        if constexpr (CLASSIFY) {
-            const Units limit = allUnits(LAST_CHARACTER);
-            nonCharacters =
-                _mm_or_si128(nonCharacters, _mm_or_si128(_mm_subs_epu16(units.lower, limit),
-                                                         _mm_subs_epu16(units.upper, limit)));
-        }
+        const Bytes previous = _mm_alignr_epi8(bytes, before, 15);
+        const Bytes third = _mm_alignr_epi8(bytes, before, 14);
+        const Bytes areLast = _mm_cmpeq_epi8(_mm_max_epu8(bytes, allBytes(0xBE)), bytes);
+        const Bytes follow = _mm_and_si128(_mm_cmpeq_epi8(previous, allBytes(0xBF)),
+                                           _mm_cmpeq_epi8(third, allBytes(0xEF)));
+        bits =
+            _mm_or_si128(bits, _mm_and_si128(_mm_and_si128(areLast, follow), allBytes(FORBIDDEN)));
     }
 
-    CharacterClasses classes() const
-    {
-        return classesOf(bitsInBytes(ofAscii) | (isZero(nonCharacters) ? NO_CLASSES : FORBIDDEN));
-    }
+    CharacterClasses classes() const { return classesOf(bitsInBytes(bits)); }
 
 private:
-    [[gnu::target("ssse3")]] static Bytes classesOfAscii(Bytes bytes)
+    [[gnu::target("ssse3")]] static Bytes bitsOfAscii(Bytes bytes)
     {
         return _mm_and_si128(lookUp(CLASSES.byLowerHalf, bytes),
                              lookUp(CLASSES.byUpperHalf, upperHalves(bytes)));
     }
 
-    Bytes ofAscii = _mm_setzero_si128();
-    Units nonCharacters = _mm_setzero_si128(); ///< Not zero if one has been at the place.
+    Bytes bits = _mm_setzero_si128();
 };
 
-template <bool CLASSIFY>
-[[gnu::target("ssse3,popcnt")]] ClassifiedUtf8 decode(const char* first, const char* last,
-                                                      char16_t* out)
+/// Decodes, or else classifies.
+template <bool DECODE>
+[[gnu::target("ssse3,popcnt")]] Progress take(const char* first, const char* last, char16_t* out)
 {
-    Occurred<CLASSIFY> occurred;
+    Occurred occurred;
     Characters before;
     Bytes bytesBefore = _mm_setzero_si128();
     while (first != last) {
@@ -190,10 +186,13 @@ template <bool CLASSIFY>
         const StepBytes bytes = count == STEP ? StepBytes{load(first), load(first + STEP / 2)}
                                               : loadLast(first, static_cast<std::size_t>(count));
         if (isAscii(bytes) && before.areComplete()) {
-            storeAscii(bytes, out);
-            occurred.add(bytes);
+            if constexpr (DECODE) {
+                storeAscii(bytes, out);
+                out += count;
+            } else {
+                occurred.addAscii(bytes);
+            }
             first += count;
-            out += count;
             before = {};
             bytesBefore = _mm_setzero_si128();
             continue;
@@ -206,38 +205,44 @@ template <bool CLASSIFY>
         if (!characters.haveTheirBytes() || !isZero(faults)) {
             break;
         }
-        const bool includePairs = characters.includePairs();
-        const HalfUnits lower = unitsOf(bytesBefore, bytes.lower, includePairs);
-        const HalfUnits upper = unitsOf(bytes.lower, bytes.upper, includePairs);
-        occurred.add(bytes);
-        occurred.add(lower);
-        occurred.add(upper);
-        const std::uint32_t kept = characters.ends();
-        out = writeKept(lower.lower, kept & 0xFF, out);
-        out = writeKept(lower.upper, kept >> 8 & 0xFF, out);
-        out = writeKept(upper.lower, kept >> 16 & 0xFF, out);
-        out = writeKept(upper.upper, kept >> 24, out);
-        out -= STEP - count; // each space after the end of the text has given one unit
+        if constexpr (DECODE) {
+            const bool includePairs = characters.includePairs();
+            const HalfUnits lower = unitsOf(bytesBefore, bytes.lower, includePairs);
+            const HalfUnits upper = unitsOf(bytes.lower, bytes.upper, includePairs);
+            const std::uint32_t kept = characters.ends();
+            out = writeKept(lower.lower, kept & 0xFF, out);
+            out = writeKept(lower.upper, kept >> 8 & 0xFF, out);
+            out = writeKept(upper.lower, kept >> 16 & 0xFF, out);
+            out = writeKept(upper.upper, kept >> 24, out);
+            out -= STEP - count; // each space after the end of the text has given one unit
+        } else {
+            occurred.addAscii(bytes);
+            occurred.addNonCharacters(bytesBefore, bytes.lower);
+            occurred.addNonCharacters(bytes.lower, bytes.upper);
+        }
         first += count;
         before = characters;
         bytesBefore = bytes.upper;
     }
-    if (first == last && before.areComplete()) {
-        return {{first, out}, occurred.classes()};
-    }
-    ClassifiedUtf8 decoded = decodeFromStep(before.areComplete(), first, last, out);
-    decoded.classes = classesOf(decoded.classes | occurred.classes());
-    return decoded;
+    const Progress progress{first, out, DECODE ? NO_CLASSES : occurred.classes()};
+    return first == last && before.areComplete()
+               ? progress
+               : goOnPlain<DECODE>(progress, before.areComplete(), last);
 }
 
 } // namespace
 
 Utf8DecoderLevel utf8DecoderForSsse3()
 {
-    const auto decodeAlone = [](const char* first, const char* last, char16_t* out) -> DecodedUtf8 {
-        return decode<false>(first, last, out);
+    const auto decode = [](const char* first, const char* last, char16_t* out) {
+        const Progress progress = take<true>(first, last, out);
+        return DecodedUtf8{progress.read, progress.written};
     };
-    return canUse(KernelLevel::Ssse3) ? Utf8DecoderLevel{"SSSE3", decodeAlone, decode<true>}
+    const auto classify = [](const char* first, const char* last) {
+        const Progress progress = take<false>(first, last, nullptr);
+        return ClassifiedUtf8{progress.read, progress.classes};
+    };
+    return canUse(KernelLevel::Ssse3) ? Utf8DecoderLevel{"SSSE3", decode, classify}
                                       : Utf8DecoderLevel{"SSSE3", nullptr, nullptr};
 }
 

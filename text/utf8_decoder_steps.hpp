@@ -16,8 +16,6 @@
 
 namespace tarn::text {
 
-inline constexpr char16_t LAST_CHARACTER = 0xFFFD; ///< Of those with one code unit.
-
 constexpr bool isContinuation(char byte)
 {
     return (byte & 0xC0) == 0x80;
@@ -230,22 +228,38 @@ struct StepBytes
             _mm_or_si128(loadUpTo16(bytes + lower, count - lower), loadUpTo16(padding + 16, 16))};
 }
 
+/// How far a kernel got. One that classifies writes nothing, one that decodes tells no classes.
+struct Progress
+{
+    const char* read;
+    char16_t* written;
+    CharacterClasses classes;
+};
+
 /// Goes on one code point at a time, from the beginning of a character.
 ///
-/// @param first,out where a step begins.
-/// @param isComplete whether the last character before @p first is complete.
-inline ClassifiedUtf8 decodeFromStep(bool isComplete, const char* first, const char* last,
-                                     char16_t* out)
+/// @param progress at the beginning of a step.
+/// @param isComplete whether the last character before that is complete.
+template <bool DECODE>
+Progress goOnPlain(Progress progress, bool isComplete, const char* last)
 {
+    const char* first = progress.read;
     if (!isComplete) {
-        const char* const step = first;
         do {
             --first;
         } while (isContinuation(*first));
-        constexpr std::ptrdiff_t BYTES_OF_HIGH_SURROGATE = 3;
-        out -= step - first == BYTES_OF_HIGH_SURROGATE ? 1 : 0;
     }
-    return portableUtf8Decoder().decodeAndClassify(first, last, out);
+    if constexpr (DECODE) {
+        constexpr std::ptrdiff_t BYTES_OF_HIGH_SURROGATE = 3;
+        const bool hasHalf = progress.read - first == BYTES_OF_HIGH_SURROGATE;
+        const DecodedUtf8 decoded =
+            portableUtf8Decoder().decode(first, last, progress.written - (hasHalf ? 1 : 0));
+        return {decoded.read, decoded.written, progress.classes};
+    } else {
+        const ClassifiedUtf8 classified = portableUtf8Decoder().classify(first, last);
+        return {classified.read, progress.written,
+                classesOf(classified.classes | progress.classes)};
+    }
 }
 
 } // namespace tarn::text

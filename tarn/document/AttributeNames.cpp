@@ -4,45 +4,21 @@
 
 namespace tarn::document::detail {
 
-bool AttributeNames::add(std::string_view prefix, std::string_view localName)
+bool AttributeNames::isThere(std::uint64_t hash, std::size_t space, std::string_view localName)
 {
-    const std::size_t begin = characters.size();
-    characters.append(prefix).append(prefix.empty() ? "" : ":").append(localName);
-    const std::string_view name = std::string_view(characters).substr(begin);
-    const std::size_t hash = std::hash<std::string_view>()(name);
-    if (entries.size() == slots.size()) {
-        spread();
+    constexpr std::size_t FEW = 32;
+    const auto isSame = [&](const Name& name) {
+        return name.hash == hash && name.space == space &&
+               characters.part(name.begin, name.length) == localName;
+    };
+    if (names.size() <= FEW) {
+        return std::ranges::any_of(names, isSame);
     }
-    std::size_t& slot = slots[hash & (slots.size() - 1)];
-    for (std::size_t other = slot; other != 0; other = entries[other - 1].next) {
-        if (nameAt(other - 1) == name) {
-            characters.resize(begin);
-            return false;
-        }
+    for (; indexed < names.size(); ++indexed) {
+        index.add(names[indexed].hash);
     }
-    entries.push_back({begin, name.size(), hash, slot});
-    slot = entries.size();
-    return true;
-}
-
-void AttributeNames::clear()
-{
-    for (const Entry& entry : entries) {
-        slots[entry.hash & (slots.size() - 1)] = 0;
-    }
-    entries.clear();
-    characters.clear();
-}
-
-void AttributeNames::spread()
-{
-    constexpr std::size_t FIRST_SIZE = 16;
-    slots.assign(std::max(FIRST_SIZE, 2 * slots.size()), 0);
-    for (std::size_t entry = 0; entry < entries.size(); ++entry) {
-        std::size_t& slot = slots[entries[entry].hash & (slots.size() - 1)];
-        entries[entry].next = slot;
-        slot = entry + 1;
-    }
+    return index.find(hash, [&](std::size_t name) { return isSame(names[name]); }) !=
+           StackIndex::NONE;
 }
 
 } // namespace tarn::document::detail

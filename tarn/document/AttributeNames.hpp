@@ -1,45 +1,69 @@
 // The names of the attributes on a start tag, to tell a second one of the same name.
 #pragma once
 
+#include "tarn/document/Bytes.hpp"
+#include "tarn/document/StackIndex.hpp"
+
 #include <cstddef>
-#include <cstdint>
-#include <functional>
-#include <string>
 #include <string_view>
 #include <vector>
 
 namespace tarn::document::detail {
 
-/// A hash set of qualified names, which stand for the expanded ones: in scope, each prefix means
-/// one namespace, and each namespace has one prefix.
+/// A set of expanded names. A number stands for each namespace.
 class AttributeNames
 {
 public:
-    /// Adds a name, unless it is there already.
+    /// Adds a name, unless it is there already. If that throws, nothing has changed.
     /// @returns whether it was new.
-    bool add(std::string_view prefix, std::string_view localName);
-    void clear();
+    bool add(std::size_t space, std::string_view localName)
+    {
+        const std::uint64_t hash = hashOf(localName, space);
+        constexpr unsigned BITS = 6; // which number the bits of `seen`
+        const std::uint64_t bit = std::uint64_t{1} << (hash >> (64 - BITS));
+        if ((seen & bit) != 0 && isThere(hash, space, localName)) {
+            return false;
+        }
+        char* const end = characters.room(localName.size());
+        Name& name = names.emplace_back();
+        name.hash = hash;
+        name.space = space;
+        name.begin = characters.size();
+        name.length = localName.size();
+        characters.endAt(put(end, localName));
+        seen |= bit;
+        return true;
+    }
+
+    void clear()
+    {
+        names.clear();
+        characters.shrinkTo(0);
+        seen = 0;
+        if (indexed != 0) {
+            index.shrinkTo(0);
+            indexed = 0;
+        }
+    }
 
 private:
-    struct Entry
+    struct Name
     {
+        std::uint64_t hash;
+        std::size_t space;
         std::size_t begin;
         std::size_t length;
-        std::size_t hash;
-        std::size_t next; // in the chain of its slot, as in slots
     };
 
-    std::string_view nameAt(std::size_t entry) const
-    {
-        return std::string_view(characters).substr(entries[entry].begin, entries[entry].length);
-    }
-    void spread();
+    bool isThere(std::uint64_t hash, std::size_t space, std::string_view localName);
 
-    std::string characters;
-    std::vector<Entry> entries;
-    /// One more than the entry that was added last with each hash, modulo their number; 0 for none.
-    /// Their number is a power of two, at least that of the entries.
-    std::vector<std::size_t> slots;
+    std::vector<Name> names;
+    Bytes characters;
+    /// A bit for each hash that there is, by its upper bits.
+    std::uint64_t seen = 0;
+    /// Of the first so many names.
+    StackIndex index;
+    std::size_t indexed = 0;
 };
 
 } // namespace tarn::document::detail

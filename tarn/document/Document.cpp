@@ -1,126 +1,126 @@
 #include "tarn/document/Document.hpp"
 
+#include "tarn/document/checks.hpp"
 #include "tarn/document/DocumentImpl.hpp"
 
 #include <utility>
 
 namespace tarn::document {
 
+using namespace detail;
+
 Error::~Error() = default;
 
-/// What Element needs of Document: its implementation, and itself as it is named there.
-class Element::Access
+void Document::Impl::doctype(const Name& name, std::string_view publicId, std::string_view systemId)
 {
-public:
-    static Document::Impl& impl(const Element& element)
-    {
-        if (element.document == nullptr) {
-            throw Error("/: the element was moved from");
-        }
-        return *element.document->impl;
+    requireUsable();
+    requireName(name, spaceOf(name));
+    if (stage != Stage::BeforeRoot) {
+        throw Refusal{"a document type comes before the root"};
     }
-    static Document::Impl::Handle handle(const Element& element)
-    {
-        return {element.depth, element.number};
+    if (hasDoctype) {
+        throw Refusal{"the document has a document type already"};
     }
-};
-
-Element::Element(Document& document, std::size_t depth, std::uint64_t number) noexcept
-    : document(&document), depth(depth), number(number),
-      passingExceptions(std::uncaught_exceptions())
-{
-}
-
-Element::Element(Element&& other) noexcept
-    : document(std::exchange(other.document, nullptr)), depth(other.depth), number(other.number),
-      passingExceptions(other.passingExceptions)
-{
-}
-
-Element& Element::operator=(Element&& other) noexcept
-{
-    if (this != &other) {
-        if (document != nullptr) {
-            document->impl->endInDestructor(Access::handle(*this));
-        }
-        document = std::exchange(other.document, nullptr);
-        depth = other.depth;
-        number = other.number;
-        passingExceptions = other.passingExceptions;
+    if (name.hasNamespace()) {
+        throw Refusal{"the name of a document type is in no namespace"};
     }
-    return *this;
-}
-
-Element::~Element()
-{
-    if (document != nullptr && std::uncaught_exceptions() <= passingExceptions) {
-        document->impl->endInDestructor(Access::handle(*this));
+    requireIdentifiers(publicId, systemId);
+    value.assign(systemId, Unrepresentable::refuse);
+    Change change(*this);
+    beginLine();
+    output.write("<!DOCTYPE ");
+    output.write(name.localName());
+    if (!publicId.empty()) {
+        output.write(" PUBLIC \"");
+        output.write(publicId);
+        output.write("\"");
+    } else if (!systemId.empty()) {
+        output.write(" SYSTEM");
     }
+    if (!systemId.empty()) {
+        const std::string_view quote = systemId.find('"') == std::string_view::npos ? "\"" : "'";
+        output.write(" ");
+        output.write(quote);
+        output.write(systemId);
+        output.write(quote);
+    }
+    output.write(">");
+    hasDoctype = true;
+    change.succeed();
 }
 
-Element& Element::declare(const Namespace& space) &
+void Document::Impl::comment(const Text& text)
 {
-    Access::impl(*this).declare(Access::handle(*this), space);
-    return *this;
+    requireOutsideRoot("comment");
+    value.assign(text, options.unrepresentable);
+    requireComment(value.bytes());
+    Change change(*this);
+    writeComment();
+    change.succeed();
 }
 
-Element& Element::attribute(const Name& name, const Text& value) &
+void Document::Impl::instruction(const Name& target, const Text& data)
 {
-    Access::impl(*this).attribute(Access::handle(*this), name, value);
-    return *this;
+    requireOutsideRoot("instruction");
+    requireInstruction(target, data);
+    Change change(*this);
+    writeInstruction(target);
+    change.succeed();
 }
 
-Element& Element::text(const Text& text) &
+std::uint64_t Document::Impl::root(const Name& name)
 {
-    Access::impl(*this).text(Access::handle(*this), text);
-    return *this;
+    requireUsable();
+    if (stage != Stage::BeforeRoot) {
+        throw Refusal{"the document has a root already"};
+    }
+    requireName(name, spaceOf(name));
+    Change change(*this);
+    stage = Stage::InRoot;
+    startElement(name);
+    change.succeed();
+    return open.back().number;
 }
 
-Element& Element::base64(const void* bytes, std::size_t size) &
+void Document::Impl::flush()
 {
-    Access::impl(*this).base64(Access::handle(*this), bytes, size);
-    return *this;
+    requireUsable();
+    Change change(*this);
+    output.flush();
+    change.succeed();
 }
 
-Element& Element::cdata(const Text& text) &
+void Document::Impl::finish()
 {
-    Access::impl(*this).cdata(Access::handle(*this), text);
-    return *this;
+    if (metInDestructor) {
+        std::rethrow_exception(std::exchange(metInDestructor, nullptr));
+    }
+    requireUsable();
+    if (stage == Stage::BeforeRoot) {
+        throw Refusal{"there is no root element"};
+    }
+    Change change(*this);
+    while (!open.empty()) {
+        endInnermost();
+    }
+    output.complete();
+    change.succeed();
+    stage = Stage::Finished;
 }
 
-Element& Element::comment(const Text& text) &
+void Document::Impl::reset()
 {
-    Access::impl(*this).comment(Access::handle(*this), text);
-    return *this;
-}
-
-Element& Element::instruction(const Name& target, const Text& data) &
-{
-    Access::impl(*this).instruction(Access::handle(*this), target, data);
-    return *this;
-}
-
-Element& Element::raw(const Fragment& fragment) &
-{
-    Access::impl(*this).raw(Access::handle(*this), fragment.markup);
-    return *this;
-}
-
-Element Element::child(const Name& name)
-{
-    const std::uint64_t childNumber = Access::impl(*this).child(Access::handle(*this), name);
-    return {*document, depth + 1, childNumber};
-}
-
-Element& Element::add(const Name& name, const Text& text) &
-{
-    Access::impl(*this).add(Access::handle(*this), name, text);
-    return *this;
-}
-
-void Element::end()
-{
-    Access::impl(*this).end(Access::handle(*this));
+    output.reset();
+    stage = Stage::BeforeRoot;
+    hasDoctype = false;
+    hasBegun = false;
+    open.clear();
+    names.shrinkTo(0);
+    outerScopes.clear();
+    scopes.reset();
+    attributeNames.clear();
+    base64RestSize = 0;
+    metInDestructor = nullptr;
 }
 
 Document::Document(std::string& target, Options options)
@@ -143,32 +143,34 @@ Document::~Document() = default;
 
 void Document::doctype(const Name& name, std::string_view publicId, std::string_view systemId)
 {
-    impl->doctype(name, publicId, systemId);
+    impl->run({}, [&] { impl->doctype(name, publicId, systemId); });
 }
 
 void Document::comment(const Text& text)
 {
-    impl->comment(text);
+    impl->run({}, [&] { impl->comment(text); });
 }
 
 void Document::instruction(const Name& target, const Text& data)
 {
-    impl->instruction(target, data);
+    impl->run({}, [&] { impl->instruction(target, data); });
 }
 
 Element Document::root(const Name& name)
 {
-    return {*this, 0, impl->root(name)};
+    std::uint64_t number = 0;
+    impl->run({0, &name}, [&] { number = impl->root(name); });
+    return {*this, 0, number};
 }
 
 void Document::flush()
 {
-    impl->flush();
+    impl->run({}, [&] { impl->flush(); });
 }
 
 void Document::finish()
 {
-    impl->finish();
+    impl->run({}, [&] { impl->finish(); });
 }
 
 void Document::reset()

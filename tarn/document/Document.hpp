@@ -14,6 +14,7 @@
 #include <memory>
 #include <string>
 #include <string_view>
+#include <utility>
 
 #ifdef __clang__
 #define TARN_LIFETIMEBOUND [[clang::lifetimebound]]
@@ -61,12 +62,21 @@ class Document;
 class TARN_EXPORT Element
 {
 public:
-    Element(Element&& other) noexcept;
+    Element(Element&& other) noexcept
+        : document(std::exchange(other.document, nullptr)), depth(other.depth),
+          number(other.number), passingExceptions(other.passingExceptions)
+    {
+    }
     /// Ends the element that stood here before.
     Element& operator=(Element&& other) noexcept;
     /// Ends the element, unless an exception that came after it is passing. If that fails,
     /// Document::finish() throws the exception.
-    ~Element();
+    ~Element()
+    {
+        if (document != nullptr) {
+            endUnlessPassing();
+        }
+    }
 
     /// Declares @p space on this element, for all that is inside.
     ///
@@ -132,6 +142,8 @@ private:
     class Access;
 
     Element(Document& document, std::size_t depth, std::uint64_t number) noexcept;
+
+    void endUnlessPassing() noexcept;
 
     Document* document;
     std::size_t depth;

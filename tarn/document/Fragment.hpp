@@ -28,9 +28,9 @@ public:
 private:
     friend class Element;
 
-    explicit Fragment(std::u16string&& markup) : markup(std::move(markup)) {}
+    explicit Fragment(std::string&& markup) : markup(std::move(markup)) {}
 
-    std::u16string markup;
+    std::string markup;
 };
 
 } // namespace tarn::document

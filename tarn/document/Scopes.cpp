@@ -1,41 +1,29 @@
 #include "tarn/document/Scopes.hpp"
 
-#include <algorithm>
+#include "tarn/document/names.hpp"
+
+#include <string>
 
 namespace tarn::document::detail {
 
-void Scopes::goBackTo(const Mark& mark)
+std::size_t Scopes::bind(std::string_view uri, std::string_view wished)
 {
-    bindings.resize(mark.bindings);
-    characters.resize(mark.characters);
-    defaultUri = mark.defaultUri;
-    defaultLength = mark.defaultLength;
-}
-
-std::string_view Scopes::prefixOf(std::string_view uri) const
-{
-    const auto found = std::find_if(bindings.rbegin(), bindings.rend(),
-                                    [&](const Binding& binding) { return uriOf(binding) == uri; });
-    return found == bindings.rend() ? std::string_view() : prefixOf(*found);
-}
-
-std::string_view Scopes::bind(std::string_view uri, std::string_view wished)
-{
-    std::string prefix(wished);
-    while (!isFree(prefix)) {
-        prefix = "ns" + std::to_string(++generated);
+    if (isFree(wished)) {
+        add(uri, wished);
+    } else {
+        std::string prefix;
+        do {
+            prefix = "ns" + std::to_string(++generated);
+        } while (!isFree(prefix));
+        add(uri, prefix);
     }
-    bindings.reserve(bindings.size() + 1);
-    const std::size_t begin = characters.size();
-    characters.append(uri).append(prefix);
-    bindings.push_back({begin, uri.size(), begin + uri.size(), prefix.size()});
-    return prefixOf(bindings.back());
+    return bindings.size() - 1;
 }
 
 void Scopes::setDefaultNamespace(std::string_view uri)
 {
     const std::size_t begin = characters.size();
-    characters.append(uri);
+    characters.write(uri);
     defaultUri = begin;
     defaultLength = uri.size();
 }
@@ -44,12 +32,36 @@ void Scopes::reset()
 {
     goBackTo({0, 0, 0, 0});
     generated = 0;
+    bindXml();
 }
 
 bool Scopes::isFree(std::string_view prefix) const
 {
-    return std::ranges::none_of(
-        bindings, [&](const Binding& binding) { return prefixOf(binding) == prefix; });
+    return byPrefix.find(hashOf(prefix), [&](std::size_t binding) {
+        return prefixOf(binding) == prefix;
+    }) == NOT_BOUND;
+}
+
+void Scopes::add(std::string_view uri, std::string_view prefix)
+{
+    const std::size_t begin = characters.size();
+    characters.write(uri);
+    characters.write(prefix);
+    bindings.push_back({begin, uri.size(), begin + uri.size(), prefix.size()});
+    byUri.add(hashOf(uri));
+    byPrefix.add(hashOf(prefix));
+}
+
+void Scopes::bindXml()
+{
+    add(XML_URI, "xml");
+}
+
+void Scopes::endBindings(std::size_t count)
+{
+    bindings.resize(count);
+    byUri.shrinkTo(count);
+    byPrefix.shrinkTo(count);
 }
 
 } // namespace tarn::document::detail

@@ -4,8 +4,8 @@
 #include <charconv>
 #include <cmath>
 #include <cstdio>
-#include <cstring>
 #include <iterator>
+#include <string_view>
 
 namespace tarn::document {
 
@@ -31,51 +31,35 @@ std::size_t writeFloat(Number value, char (&text)[48])
 
 } // namespace
 
-Text::Text(const char* text)
-    : bytes(text), size(text == nullptr ? 0 : std::strlen(text)), wasNull(text == nullptr)
-{
-}
-
-Text::Text(const char16_t* text)
-    : units(text), size(text == nullptr ? 0 : std::char_traits<char16_t>::length(text)),
-      isUtf16(true), wasNull(text == nullptr)
-{
-}
-
 void Text::setBool(bool value)
 {
-    bytes = value ? "true" : "false";
-    size = std::strlen(bytes);
+    const std::string_view name = value ? "true" : "false";
+    setOwn(static_cast<std::size_t>(std::ranges::copy(name, own).out - own));
 }
 
 void Text::setInteger(long long value)
 {
-    bytes = own;
-    size = writeNumber(value, own);
+    setOwn(writeNumber(value, own));
 }
 
 void Text::setInteger(unsigned long long value)
 {
-    bytes = own;
-    size = writeNumber(value, own);
+    setOwn(writeNumber(value, own));
 }
 
 void Text::setFloat(float value)
 {
-    bytes = own;
-    size = writeFloat(value, own);
+    setOwn(writeFloat(value, own));
 }
 
 void Text::setFloat(double value)
 {
-    bytes = own;
-    size = writeFloat(value, own);
+    setOwn(writeFloat(value, own));
 }
 
 void Text::setFloat(long double value)
 {
-    bytes = own;
-    size = writeFloat(value, own);
+    setOwn(writeFloat(value, own));
 }
 
 void Text::setTime(long long seconds, long long nanoseconds)
@@ -99,8 +83,7 @@ void Text::setTime(long long seconds, long long nanoseconds)
         }
     }
     own[length++] = 'Z';
-    bytes = own;
-    size = static_cast<std::size_t>(length);
+    setOwn(static_cast<std::size_t>(length));
 }
 
 } // namespace tarn::document

@@ -28,12 +28,22 @@ namespace tarn::document {
 class TARN_EXPORT Text
 {
 public:
-    Text(const char* text); // NOLINT(google-explicit-constructor)
+    Text(const char* text) // NOLINT(google-explicit-constructor)
+        : Text(text == nullptr ? std::string_view() : std::string_view(text))
+    {
+        kind = text == nullptr ? Kind::Null : kind;
+    }
     Text(std::string_view text) : bytes(text.data()), size(text.size()) {} // NOLINT
     Text(const std::string& text) : Text(std::string_view(text)) {}        // NOLINT
-    Text(const char16_t* text); // NOLINT(google-explicit-constructor)
-    Text(std::u16string_view text)
-        : units(text.data()), size(text.size()), isUtf16(true) {}         // NOLINT
+    Text(const char16_t* text) // NOLINT(google-explicit-constructor)
+        : Text(text == nullptr ? std::u16string_view() : std::u16string_view(text))
+    {
+        kind = text == nullptr ? Kind::Null : kind;
+    }
+    Text(std::u16string_view text) // NOLINT(google-explicit-constructor)
+        : units(text.data()), size(text.size()), kind(Kind::Utf16)
+    {
+    }
     Text(const std::u16string& text) : Text(std::u16string_view(text)) {} // NOLINT
 #ifdef __cpp_char8_t
     Text(const char8_t* text) : Text(reinterpret_cast<const char*>(text)) {} // NOLINT
@@ -83,9 +93,15 @@ public:
     ~Text() = default;
 
     // For the layer.
-    bool hasUtf16() const
+    enum class Kind : unsigned char
     {
-        return isUtf16;
+        Utf8,
+        Utf16,
+        Null, ///< Made of a null pointer.
+    };
+    Kind textKind() const
+    {
+        return kind;
     }
     std::string_view utf8() const
     {
@@ -94,11 +110,6 @@ public:
     std::u16string_view utf16() const
     {
         return {units, size};
-    }
-    /// Whether it was made of a null pointer.
-    bool isNull() const
-    {
-        return wasNull;
     }
 
 private:
@@ -111,6 +122,12 @@ private:
 #endif
         ;
 
+    /// Takes the first @p length of its own characters.
+    void setOwn(std::size_t length)
+    {
+        bytes = own;
+        size = length;
+    }
     void setBool(bool value);
     void setInteger(long long value);
     void setInteger(unsigned long long value);
@@ -124,8 +141,7 @@ private:
         const char16_t* units;
     };
     std::size_t size = 0;
-    bool isUtf16 = false;
-    bool wasNull = false;
+    Kind kind = Kind::Utf8;
     /// Holds what is no text of the caller's.
     char own[48];
 };

@@ -1,7 +1,7 @@
 #include "tarn/document/Value.hpp"
 
-#include "text/utf16.hpp"
-#include "text/utf8_decoder.hpp"
+#include "tarn/document/checks.hpp"
+#include "text/utf8_encoder.hpp"
 
 #include <algorithm>
 #include <cstdio>
@@ -10,32 +10,14 @@ namespace tarn::document::detail {
 
 namespace {
 
-constexpr char16_t REPLACEMENT_CHARACTER = 0xFFFD;
+constexpr std::string_view REPLACEMENT_CHARACTER = "\xEF\xBF\xBD";
 
-/// As in `U+0001`.
-std::string codePointName(unsigned codePoint)
+/// How many bytes at the beginning of @p text, which is not empty, are one ill-formed sequence: the
+/// longest beginning of a well-formed one, or one byte.
+std::size_t illFormedLength(std::string_view text)
 {
-    char name[16];
-    std::snprintf(name, sizeof name, "U+%04X", codePoint);
-    return name;
-}
-
-bool isLayout(char16_t unit)
-{
-    return unit == u'\t' || unit == u'\n' || unit == u'\r';
-}
-
-bool isCharacter(char16_t unit)
-{
-    return (unit >= u' ' || isLayout(unit)) && unit < 0xFFFE;
-}
-
-/// How many bytes at @p first are one ill-formed sequence: the longest beginning of a well-formed
-/// one, or one byte.
-std::size_t illFormedLength(const char* first, const char* last)
-{
-    const auto byte = [&](std::ptrdiff_t place) {
-        return place < last - first ? static_cast<unsigned char>(first[place]) : 0u;
+    const auto byte = [text](std::size_t place) {
+        return place < text.size() ? static_cast<unsigned char>(text[place]) : 0u;
     };
     const unsigned lead = byte(0);
     const unsigned least = lead == 0xE0 ? 0xA0u : lead == 0xF0 ? 0x90u : 0x80u;
@@ -44,87 +26,114 @@ std::size_t illFormedLength(const char* first, const char* last)
         return 1;
     }
     // One byte at least is missing: it would be well-formed.
-    std::ptrdiff_t length = 2;
+    std::size_t length = 2;
     while (byte(length) >> 6 == 2) {
         ++length;
     }
-    return static_cast<std::size_t>(length);
+    return length;
+}
+
+/// How many bytes at the beginning of @p text, which is well-formed, are a character that XML 1.0
+/// does not have; 0 if it has it.
+std::size_t forbiddenLength(std::string_view text)
+{
+    constexpr std::string_view NON_CHARACTERS = "\xEF\xBF";
+    const char first = text.front();
+    if (first >= 0 && first < ' ') {
+        return first == '\t' || first == '\n' || first == '\r' ? 0 : 1;
+    }
+    const bool isNonCharacter =
+        text.starts_with(NON_CHARACTERS) && (text[2] == '\xBE' || text[2] == '\xBF');
+    return isNonCharacter ? 3 : 0;
+}
+
+/// The first character that XML 1.0 does not have, as in `U+0001`. There is one in @p text, which
+/// is well-formed.
+std::string forbiddenCharacter(std::string_view text)
+{
+    while (forbiddenLength(text) == 0) {
+        text.remove_prefix(1);
+    }
+    if (forbiddenLength(text) == 3) {
+        return text[2] == '\xBE' ? "U+FFFE" : "U+FFFF";
+    }
+    char name[16];
+    std::snprintf(name, sizeof name, "U+%04X", static_cast<unsigned>(text.front()));
+    return name;
 }
 
 } // namespace
 
-void Value::assign(const Text& value, Unrepresentable unrepresentable)
+void Value::assign(const Text& text, Unrepresentable unrepresentable)
 {
-    if (value.isNull()) {
+    if (text.textKind() == Text::Kind::Null) {
         throw Refusal{"the text is a null pointer"};
     }
-    const bool isToCheck = value.hasUtf16() ? copy(value.utf16(), unrepresentable)
-                                            : decode(value.utf8(), unrepresentable);
-    if (isToCheck) {
-        checkCharacters(unrepresentable);
+    if (text.textKind() == Text::Kind::Utf16) {
+        convert(text.utf16(), unrepresentable);
+        view = own;
+    } else {
+        view = text.utf8();
+    }
+    const char* const last = view.data() + view.size();
+    const auto classified = text::classifyUtf8(view.data(), last);
+    classes = classified.classes;
+    if (classified.read == last && !has(text::FORBIDDEN)) {
+        return;
+    }
+    if (unrepresentable == Unrepresentable::replace) {
+        replace(std::string(view));
+        view = own;
+        classes = text::classifyUtf8(own.data(), own.data() + own.size()).classes;
+    } else if (classified.read != last) {
+        throw Refusal{"ill-formed UTF-8 at byte " + std::to_string(classified.read - view.data())};
+    } else {
+        throw Refusal{forbiddenCharacter(view) + " is not a character of XML 1.0"};
     }
 }
 
-bool Value::decode(std::string_view bytes, Unrepresentable unrepresentable)
+void Value::convert(std::u16string_view text, Unrepresentable unrepresentable)
 {
-    unsigned classes = 0;
-    const char* illFormed = nullptr;
-    text.resize_and_overwrite(
-        text::decodedUtf8Bound(bytes.size()), [&](char16_t* units, std::size_t) noexcept {
-            const char* const last = bytes.data() + bytes.size();
-            text::ClassifiedUtf8 progress = text::decodeAndClassifyUtf8(bytes.data(), last, units);
-            classes = progress.classes;
-            while (progress.read != last && unrepresentable == Unrepresentable::replace) {
-                *progress.written = REPLACEMENT_CHARACTER;
-                const std::size_t length = illFormedLength(progress.read, last);
-                progress =
-                    text::decodeAndClassifyUtf8(progress.read + length, last, progress.written + 1);
-                classes |= progress.classes;
-            }
-            illFormed = progress.read != last ? progress.read : nullptr;
-            return static_cast<std::size_t>(progress.written - units);
-        });
-    if (illFormed != nullptr) {
-        throw Refusal{"ill-formed UTF-8 at byte " + std::to_string(illFormed - bytes.data())};
-    }
-    layout = (classes & (text::TAB_OR_LINE_FEED | text::CARRIAGE_RETURN)) != 0;
-    return (classes & text::FORBIDDEN) != 0;
-}
-
-bool Value::copy(std::u16string_view units, Unrepresentable unrepresentable)
-{
-    text = units;
-    layout = false;
-    bool isToCheck = false;
-    for (std::size_t i = 0; i < text.size(); ++i) {
-        if (!isCharacter(text[i])) {
-            isToCheck = true;
-        } else if (isLayout(text[i])) {
-            layout = true;
-        } else if (!text::isSurrogate(text[i])) {
-            continue;
-        } else if (text::isHighSurrogate(text[i]) && i + 1 < text.size() &&
-                   text::isLowSurrogate(text[i + 1])) {
-            ++i;
-        } else if (unrepresentable == Unrepresentable::replace) {
-            text[i] = REPLACEMENT_CHARACTER;
-        } else {
-            throw Refusal{"ill-formed UTF-16 at code unit " + std::to_string(i)};
-        }
-    }
-    return isToCheck;
-}
-
-void Value::checkCharacters(Unrepresentable unrepresentable)
-{
-    for (char16_t& unit : text) {
-        if (isCharacter(unit)) {
-            continue;
+    own.clear();
+    const char16_t* first = text.data();
+    const char16_t* const last = first + text.size();
+    while (true) {
+        const std::size_t used = own.size();
+        own.resize_and_overwrite(
+            used + text::encodedUtf8Bound(static_cast<std::size_t>(last - first)),
+            [&](char* bytes, std::size_t) noexcept {
+                const auto encoded = text::encodeUtf8(first, last, bytes + used);
+                first = encoded.read;
+                return static_cast<std::size_t>(encoded.written - bytes);
+            });
+        if (first == last) {
+            return;
         }
         if (unrepresentable == Unrepresentable::refuse) {
-            throw Refusal{codePointName(unit) + " is not a character of XML 1.0"};
+            throw Refusal{"ill-formed UTF-16 at code unit " + std::to_string(first - text.data())};
         }
-        unit = REPLACEMENT_CHARACTER;
+        own += REPLACEMENT_CHARACTER;
+        ++first;
+    }
+}
+
+void Value::replace(std::string_view text)
+{
+    own.clear();
+    while (!text.empty()) {
+        const char* const last = text.data() + text.size();
+        const auto wellFormed =
+            static_cast<std::size_t>(text::classifyUtf8(text.data(), last).read - text.data());
+        for (std::size_t place = 0; place < wellFormed;) {
+            const std::size_t length = forbiddenLength(text.substr(place));
+            own += length == 0 ? text.substr(place, 1) : REPLACEMENT_CHARACTER;
+            place += std::max<std::size_t>(length, 1);
+        }
+        text.remove_prefix(wellFormed);
+        if (!text.empty()) {
+            own += REPLACEMENT_CHARACTER;
+            text.remove_prefix(illFormedLength(text));
+        }
     }
 }
 

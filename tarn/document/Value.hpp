@@ -1,38 +1,50 @@
-// Text as UTF-16 that XML 1.0 can hold.
+// Text that XML 1.0 can hold, in UTF-8.
 #pragma once
 
 #include "tarn/document/Document.hpp"
+#include "text/plain_ascii.hpp"
+#include "text/utf8_decoder.hpp"
 
 #include <string>
 #include <string_view>
 
 namespace tarn::document::detail {
 
-/// Why a call is refused; becomes an Error when the place is known.
-struct Refusal
-{
-    std::string reason;
-};
-
-/// A text that is kept to reuse its storage.
+/// A checked text. Where nothing had to be converted or replaced it is a view of the caller's.
 class Value
 {
 public:
-    /// @throws Refusal if @p value has what XML 1.0 cannot hold, unless that is to be replaced.
-    void assign(const Text& value, Unrepresentable unrepresentable);
+    /// The longest text that putIfPlain() takes, in bytes.
+    static constexpr std::size_t SHORT = text::LONGEST_COPY;
 
-    const std::u16string& units() const { return text; }
-    /// Whether there is a tab, a line feed or a carriage return.
-    bool hasLayout() const { return layout; }
+    /// Copies a short text to @p out, where there is room for SHORT bytes, if it needs no check but
+    /// whether it is plain.
+    /// @returns the place after it, or null.
+    [[gnu::always_inline]] static char* putIfPlain(char* out, const Text& text)
+    {
+        const std::string_view bytes = text.utf8();
+        return text.textKind() == Text::Kind::Utf8 && bytes.size() <= SHORT
+                   ? text::copyIfPlainAscii(bytes.data(), bytes.size(), out)
+                   : nullptr;
+    }
+
+    /// @throws Refusal if @p text has what XML 1.0 cannot hold, unless that is to be replaced.
+    void assign(const Text& text, Unrepresentable unrepresentable);
+
+    std::string_view bytes() const { return view; }
+
+    /// Whether it has characters of @p some CharacterClasses.
+    bool has(unsigned some) const { return (classes & some) != 0; }
 
 private:
-    /// These two return whether there may be characters that XML 1.0 does not have.
-    bool decode(std::string_view bytes, Unrepresentable unrepresentable);
-    bool copy(std::u16string_view units, Unrepresentable unrepresentable);
-    void checkCharacters(Unrepresentable unrepresentable);
+    /// Converts to `own`.
+    void convert(std::u16string_view text, Unrepresentable unrepresentable);
+    /// Makes `own` of @p text, with replacements.
+    void replace(std::string_view text);
 
-    std::u16string text;
-    bool layout = false;
+    std::string_view view;
+    text::CharacterClasses classes = text::NO_CLASSES;
+    std::string own;
 };
 
 } // namespace tarn::document::detail

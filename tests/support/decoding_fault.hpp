@@ -106,23 +106,19 @@ inline std::string faultOfDecoding(const char* first, const char* last, const De
     static GuardedText room(std::u16string(0x2000, u'\0'));
     char16_t* const out =
         room.end() - text::decodedUtf8Bound(static_cast<std::size_t>(last - first));
-    const auto fault = [&](const text::DecodedUtf8& result, unsigned classes) -> std::string {
-        const DecodedText decoded = {
-            {out, result.written}, static_cast<std::size_t>(result.read - first), classes};
-        if (decoded == expected) {
-            return "";
-        }
-        return std::string(level.name) + " reads " + std::to_string(decoded.read) + " bytes, not " +
-               std::to_string(expected.read) + ", and finds the classes " +
-               std::to_string(decoded.classes) + ", not " + std::to_string(expected.classes) +
-               "\n  of " + inHexadecimal({first, last}) + '\n' +
-               difference(decoded.units, expected.units);
-    };
-    const text::ClassifiedUtf8 classified = level.decodeAndClassify(first, last, out);
-    const std::string ofClassified = fault(classified, classified.classes);
-    std::fill(out, room.end(), u'\0');
-    return ofClassified.empty() ? fault(level.decode(first, last, out), expected.classes)
-                                : ofClassified;
+    const text::DecodedUtf8 decoded = level.decode(first, last, out);
+    const text::ClassifiedUtf8 classified = level.classify(first, last);
+    const DecodedText result = {
+        {out, decoded.written}, static_cast<std::size_t>(decoded.read - first), classified.classes};
+    if (result == expected && classified.read == decoded.read) {
+        return "";
+    }
+    return std::string(level.name) + " decodes " + std::to_string(result.read) +
+           " bytes and classifies " + std::to_string(classified.read - first) + ", not " +
+           std::to_string(expected.read) + ", and finds the classes " +
+           std::to_string(result.classes) + ", not " + std::to_string(expected.classes) +
+           "\n  of " + inHexadecimal({first, last}) + '\n' +
+           difference(result.units, expected.units);
 }
 
 } // namespace detail

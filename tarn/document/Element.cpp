@@ -1,0 +1,442 @@
+#include "tarn/document/checks.hpp"
+#include "tarn/document/DocumentImpl.hpp"
+#include "tarn/document/markup.hpp"
+
+#include <algorithm>
+#include <utility>
+
+namespace tarn::document {
+
+using namespace detail;
+
+void Document::Impl::declare(Handle element, const Namespace& space)
+{
+    requireOpen(element);
+    if (open[element.depth].hasContent) {
+        throw Refusal{"a namespace is declared before content"};
+    }
+    if (!space.isChecked()) {
+        requireNamespace(space.uri(), space.prefix());
+    }
+    const Name name(space, "");
+    const bool isNew = spaceOf(name) == Scopes::NOT_BOUND;
+    if (isNew && space.prefix().empty() &&
+        (!open[element.depth].hasPrefix || open[element.depth].declaresDefault)) {
+        throw Refusal{"the default namespace of this element is another"};
+    }
+    Change change(*this);
+    if (isNew) {
+        writeDeclaration(prefixOf(bringIntoScope(name)), space.uri());
+    }
+    change.succeed();
+}
+
+void Document::Impl::attribute(Handle element, const Name& name, const Text& text)
+{
+    requireOpen(element);
+    if (open[element.depth].hasContent) {
+        throw Refusal{"an attribute comes before content"};
+    }
+    std::size_t space = NO_PREFIX;
+    if (name.hasNamespace()) {
+        space = scopes.find(name.uri());
+        requireName(name, space);
+        if (name.prefix().empty()) {
+            throw Refusal{"an attribute cannot be in a namespace that wishes no prefix"};
+        }
+    } else {
+        requireName(name, space);
+        if (name.localName() == "xmlns") {
+            throw Refusal{"\"xmlns\" declares a namespace; use declare()"};
+        }
+    }
+    if (space == Scopes::NOT_BOUND) {
+        // The first attribute in a namespace that is not in scope is the only one of its name.
+        value.assign(text, options.unrepresentable);
+        Change change(*this);
+        space = bringIntoScope(name);
+        writeDeclaration(prefixOf(space), name.uri());
+        attributeNames.add(space, name.localName());
+        writeAttribute(space, name);
+        change.succeed();
+        return;
+    }
+    char* const end = Value::putIfPlain(putAttributeStart(space, name), text);
+    if (end == nullptr) {
+        value.assign(text, options.unrepresentable);
+    }
+    if (!attributeNames.add(space, name.localName())) {
+        throw Refusal{"the element has this attribute already"};
+    }
+    Change change(*this);
+    if (end != nullptr) {
+        output.endAt(put(end, "\""));
+    } else {
+        writeAttribute(space, name);
+    }
+    change.succeed();
+}
+
+void Document::Impl::text(Handle element, const Text& text)
+{
+    requireOpen(element);
+    OpenElement& innermost = open.back();
+    if (isInnermost(element) && !innermost.isInBase64) {
+        char* const out = output.room(sizeof(">") + Value::SHORT);
+        *out = '>';
+        char* const end = Value::putIfPlain(innermost.hasContent ? out : out + 1, text);
+        if (end != nullptr) {
+            Change change(*this);
+            output.endAt(end);
+            beginContentAsWritten();
+            innermost.isMixed = true;
+            change.succeed();
+            return;
+        }
+    }
+    value.assign(text, options.unrepresentable);
+    Change change(*this);
+    beginMixed(element.depth);
+    writeValue(IN_TEXT);
+    change.succeed();
+}
+
+void Document::Impl::base64(Handle element, const void* data, std::size_t size)
+{
+    requireOpen(element);
+    if (data == nullptr && size != 0) {
+        throw Refusal{"the data is a null pointer"};
+    }
+    Change change(*this);
+    if (!isInnermost(element) || !open.back().isInBase64) {
+        beginMixed(element.depth);
+        open.back().isInBase64 = true;
+    }
+    writeBase64(static_cast<const unsigned char*>(data), size);
+    change.succeed();
+}
+
+void Document::Impl::cdata(Handle element, const Text& text)
+{
+    requireOpen(element);
+    value.assign(text, options.unrepresentable);
+    Change change(*this);
+    beginMixed(element.depth);
+    writeCdata();
+    change.succeed();
+}
+
+void Document::Impl::comment(Handle element, const Text& text)
+{
+    requireOpen(element);
+    value.assign(text, options.unrepresentable);
+    requireComment(value.bytes());
+    Change change(*this);
+    beginContent(element.depth);
+    writeComment();
+    change.succeed();
+}
+
+void Document::Impl::instruction(Handle element, const Name& target, const Text& data)
+{
+    requireOpen(element);
+    requireInstruction(target, data);
+    Change change(*this);
+    beginContent(element.depth);
+    writeInstruction(target);
+    change.succeed();
+}
+
+void Document::Impl::raw(Handle element, std::string_view markup)
+{
+    requireOpen(element);
+    Change change(*this);
+    beginMixed(element.depth);
+    output.write(markup);
+    change.succeed();
+}
+
+std::uint64_t Document::Impl::child(Handle element, const Name& name)
+{
+    requireOpen(element);
+    requireName(name, spaceOf(name));
+    Change change(*this);
+    beginContent(element.depth);
+    startElement(name);
+    change.succeed();
+    return open.back().number;
+}
+
+void Document::Impl::add(Handle element, const Name& name, const Text& text)
+{
+    requireOpen(element);
+    const std::size_t space = spaceOf(name);
+    requireName(name, space);
+    if (isInnermost(element) && !open.back().isInBase64 && space != Scopes::NOT_BOUND) {
+        char* const end = putElement(name, prefixOf(space), text);
+        if (end != nullptr) {
+            Change change(*this);
+            output.endAt(end);
+            beginContentAsWritten();
+            beginsLine();
+            change.succeed();
+            return;
+        }
+    }
+    value.assign(text, options.unrepresentable);
+    Change change(*this);
+    beginContent(element.depth);
+    startElement(name);
+    beginMixed(element.depth + 1);
+    writeValue(IN_TEXT);
+    endInnermost();
+    change.succeed();
+}
+
+void Document::Impl::end(Handle element)
+{
+    requireOpen(element);
+    Change change(*this);
+    endInside(element.depth);
+    endInnermost();
+    change.succeed();
+}
+
+void Document::Impl::endInDestructor(Handle element) noexcept
+{
+    if (stage != Stage::InRoot || !isOpen(element)) {
+        return;
+    }
+    try {
+        run({element.depth + 1}, [&] { end(element); });
+    } catch (...) {
+        metInDestructor = std::current_exception(); // the only one: the document is broken off
+    }
+}
+
+char* Document::Impl::putAttributeStart(std::size_t space, const Name& name)
+{
+    const std::string_view prefix = prefixOf(space);
+    char* out =
+        output.room(prefix.size() + name.localName().size() + sizeof(" :=\"\"") + Value::SHORT);
+    *out++ = ' ';
+    return put(putName(out, prefix, name.localName()), "=\"");
+}
+
+void Document::Impl::writeAttribute(std::size_t space, const Name& name)
+{
+    output.endAt(putAttributeStart(space, name));
+    writeValue(IN_ATTRIBUTES);
+    output.write("\"");
+}
+
+char* Document::Impl::putElement(const Name& name, std::string_view prefix, const Text& text)
+{
+    const std::size_t nameLength = prefix.size() + name.localName().size() + sizeof(":");
+    char* out =
+        output.room(lineBound(open.size()) + 2 * nameLength + sizeof("><></>") + Value::SHORT);
+    if (!open.back().hasContent) {
+        *out++ = '>';
+    }
+    if (canBeginLine()) {
+        out = putLine(out, open.size());
+    }
+    *out++ = '<';
+    out = putName(out, prefix, name.localName());
+    *out++ = '>';
+    out = Value::putIfPlain(out, text);
+    if (out != nullptr) {
+        out = putName(put(out, "</"), prefix, name.localName());
+        *out++ = '>';
+    }
+    return out;
+}
+
+void Document::Impl::writeCdata()
+{
+    output.write("<![CDATA[");
+    std::string_view rest = value.bytes();
+    for (std::size_t place = 0;
+         (place = rest.find_first_of("]\r", place)) != std::string_view::npos;) {
+        if (rest[place] == '\r') {
+            output.write(rest.substr(0, place));
+            output.write("]]>&#13;<![CDATA[");
+            rest.remove_prefix(place + 1);
+            place = 0;
+        } else if (rest.substr(place).starts_with("]]>")) {
+            output.write(rest.substr(0, place + 2));
+            output.write("]]><![CDATA[");
+            rest.remove_prefix(place + 2);
+            place = 0;
+        } else {
+            ++place;
+        }
+    }
+    output.write(rest);
+    output.write("]]>");
+}
+
+void Document::Impl::writeBase64(const unsigned char* data, std::size_t size)
+{
+    while (size > 0 && base64RestSize > 0) {
+        base64Rest[base64RestSize++] = *data++;
+        --size;
+        if (base64RestSize == 3) {
+            base64RestSize = 0;
+            writeWholeBase64(base64Rest, 3);
+        }
+    }
+    const std::size_t whole = size - size % 3;
+    writeWholeBase64(data, whole);
+    for (; whole + base64RestSize < size; ++base64RestSize) {
+        base64Rest[base64RestSize] = data[whole + base64RestSize];
+    }
+}
+
+void Document::Impl::writeWholeBase64(const unsigned char* data, std::size_t size)
+{
+    static constexpr char DIGITS[] =
+        "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
+    constexpr std::size_t PORTION = 3 * 1024;
+    while (size > 0) {
+        const std::size_t portion = std::min(size, PORTION);
+        output.passOnIfFull();
+        char* out = output.room(portion / 3 * 4);
+        for (std::size_t place = 0; place < portion; place += 3) {
+            const unsigned bits =
+                unsigned{data[place]} << 16 | unsigned{data[place + 1]} << 8 | data[place + 2];
+            *out++ = DIGITS[bits >> 18];
+            *out++ = DIGITS[bits >> 12 & 63];
+            *out++ = DIGITS[bits >> 6 & 63];
+            *out++ = DIGITS[bits & 63];
+        }
+        output.endAt(out);
+        data += portion;
+        size -= portion;
+    }
+}
+
+/// What Element needs of Document.
+class [[gnu::visibility("hidden")]] Element::
+Access{public :
+           /// Runs an operation of Document::Impl on @p element.
+           template <class Operation>
+           [[gnu::always_inline]] static void run(const Element& element, const Name* name,
+                                                  bool isAttribute, Operation operation){
+               if (element.document == nullptr){throw Error("/: the element was moved from");
+} // namespace tarn::document
+Document::Impl& impl = *element.document->impl;
+impl.run({element.depth + 1, name, isAttribute}, [&] {
+    operation(impl, Document::Impl::Handle{element.depth, element.number});
+});
+}
+template <class Operation>
+[[gnu::always_inline]] static void run(const Element& element, Operation operation)
+{
+    run(element, nullptr, false, operation);
+}
+
+static void endInDestructor(const Element& element)
+{
+    element.document->impl->endInDestructor({element.depth, element.number});
+}
+}
+;
+
+Element::Element(Document& document, std::size_t depth, std::uint64_t number) noexcept
+    : document(&document), depth(depth), number(number),
+      passingExceptions(std::uncaught_exceptions())
+{
+}
+
+Element& Element::operator=(Element&& other) noexcept
+{
+    if (this != &other) {
+        if (document != nullptr) {
+            Access::endInDestructor(*this);
+        }
+        document = std::exchange(other.document, nullptr);
+        depth = other.depth;
+        number = other.number;
+        passingExceptions = other.passingExceptions;
+    }
+    return *this;
+}
+
+[[gnu::flatten]] void Element::endUnlessPassing() noexcept
+{
+    if (std::uncaught_exceptions() <= passingExceptions) {
+        Access::endInDestructor(*this);
+    }
+}
+
+Element& Element::declare(const Namespace& space) &
+{
+    Access::run(*this, [&](auto& impl, auto handle) { impl.declare(handle, space); });
+    return *this;
+}
+
+[[gnu::flatten]] Element& Element::attribute(const Name& name, const Text& value) &
+{
+    Access::run(*this, &name, true,
+                [&](auto& impl, auto handle) { impl.attribute(handle, name, value); });
+    return *this;
+}
+
+[[gnu::flatten]] Element& Element::text(const Text& text) &
+{
+    Access::run(*this, [&](auto& impl, auto handle) { impl.text(handle, text); });
+    return *this;
+}
+
+Element& Element::base64(const void* bytes, std::size_t size) &
+{
+    Access::run(*this, [&](auto& impl, auto handle) { impl.base64(handle, bytes, size); });
+    return *this;
+}
+
+Element& Element::cdata(const Text& text) &
+{
+    Access::run(*this, [&](auto& impl, auto handle) { impl.cdata(handle, text); });
+    return *this;
+}
+
+Element& Element::comment(const Text& text) &
+{
+    Access::run(*this, [&](auto& impl, auto handle) { impl.comment(handle, text); });
+    return *this;
+}
+
+Element& Element::instruction(const Name& target, const Text& data) &
+{
+    Access::run(*this, [&](auto& impl, auto handle) { impl.instruction(handle, target, data); });
+    return *this;
+}
+
+Element& Element::raw(const Fragment& fragment) &
+{
+    Access::run(*this, [&](auto& impl, auto handle) { impl.raw(handle, fragment.markup); });
+    return *this;
+}
+
+[[gnu::flatten]] Element Element::child(const Name& name)
+{
+    std::uint64_t childNumber = 0;
+    Access::run(*this, &name, false,
+                [&](auto& impl, auto handle) { childNumber = impl.child(handle, name); });
+    return {*document, depth + 1, childNumber};
+}
+
+[[gnu::flatten]] Element& Element::add(const Name& name, const Text& text) &
+{
+    Access::run(*this, &name, false,
+                [&](auto& impl, auto handle) { impl.add(handle, name, text); });
+    return *this;
+}
+
+void Element::end()
+{
+    Access::run(*this, [&](auto& impl, auto handle) { impl.end(handle); });
+}
+
+} // namespace tarn::document

@@ -1,0 +1,67 @@
+// The writer as what escapes the layer's values.
+#pragma once
+
+#include "tarn/document/Value.hpp"
+#include "tarn/xml/XmlWriter.hpp"
+#include "text/utf8_encoder.hpp"
+
+#include <algorithm>
+#include <cstddef>
+#include <optional>
+#include <string>
+#include <string_view>
+
+namespace tarn::document::detail {
+
+/// White space that is written as references, because no parser would give it back.
+struct Referenced
+{
+    unsigned classes; ///< As CharacterClasses.
+    std::u16string_view units;
+};
+inline constexpr Referenced IN_TEXT{text::CARRIAGE_RETURN, u"\r"};
+inline constexpr Referenced IN_ATTRIBUTES{text::CARRIAGE_RETURN | text::TAB_OR_LINE_FEED,
+                                          u"\t\n\r"};
+
+class Escaper
+{
+public:
+    /// Writes @p value, which has characters to escape, to an Output or to Bytes.
+    template <class Out>
+    void write(const Value& value, const Referenced& referenced, Out& out)
+    {
+        const std::u16string_view units =
+            value.has(referenced.classes) ? referenced.units : std::u16string_view();
+        std::string_view rest = value.bytes();
+        while (!rest.empty()) {
+            const std::size_t plain = lengthBeforeSpecial(rest);
+            out.write(rest.substr(0, plain));
+            rest.remove_prefix(plain);
+            const std::size_t length = lengthOfCharacters(rest, PORTION);
+            const std::u16string& markup = escape(rest.substr(0, length), units);
+            char* const end = out.room(text::encodedUtf8Bound(markup.size()));
+            out.endAt(text::encodeUtf8(markup.data(), markup.data() + markup.size(), end).written);
+            rest.remove_prefix(length);
+        }
+    }
+
+private:
+    // In bytes. What escape() returns can be six times as long in code units, and room for three
+    // bytes is asked for each.
+    static constexpr std::size_t PORTION = 2048;
+
+    /// How many bytes at the beginning of @p text are neither markup nor white space other than
+    /// blanks.
+    static std::size_t lengthBeforeSpecial(std::string_view text);
+    /// How many bytes at the beginning of @p text are whole characters, at most @p longest.
+    static std::size_t lengthOfCharacters(std::string_view text, std::size_t longest);
+    /// @returns @p value as markup, which stays until the next call.
+    const std::u16string& escape(std::string_view value, std::u16string_view referenced);
+
+    std::u16string units;
+    std::u16string markup;
+    /// Writes to `markup`. Made when it is needed, because it is large.
+    std::optional<utils::XmlWriter> writer;
+};
+
+} // namespace tarn::document::detail
