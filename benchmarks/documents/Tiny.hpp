@@ -29,4 +29,12 @@ private:
     String ready = convert<String>(u"ready");
 };
 
+/// The same, written one after the other by one writer, which each library clears in its own way.
+template <class String>
+struct TinyAgain : Tiny<String>
+{
+    static constexpr const char* NAME = "tiny-again";
+    static constexpr bool USES_WRITER_AGAIN = true;
+};
+
 } // namespace benchmarks

@@ -61,6 +61,13 @@ public:
         return target.text;
     }
 
+    void reset()
+    {
+        document.reset();
+        open = document;
+        target.text.clear();
+    }
+
 private:
     pugi::xml_document document;
     pugi::xml_node open = document; // the innermost open element

@@ -57,6 +57,12 @@ public:
         return {printer.CStr(), static_cast<std::size_t>(printer.CStrSize() - 1)};
     }
 
+    void reset()
+    {
+        printer.ClearBuffer();
+        printer.PushHeader(false, true);
+    }
+
 private:
     Printer printer;
 };
