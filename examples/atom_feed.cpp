@@ -1,78 +1,71 @@
 // Writes an Atom feed whose entries carry Dublin Core terms: two namespaces, one of them the
 // default.
-#include <tarn/xml/XmlWriter.hpp>
+#include <tarn/document/Document.hpp>
 
+#include <chrono>
+#include <exception>
 #include <iostream>
-#include <string>
-#include <vector>
+#include <string_view>
 
 namespace {
 
-const std::u16string NONE;
-const std::u16string ATOM = u"http://www.w3.org/2005/Atom";
-const std::u16string DUBLIN_CORE = u"http://purl.org/dc/terms/";
+using namespace std::chrono_literals;
+using namespace tarn::document;
+
+constexpr Namespace ATOM{"http://www.w3.org/2005/Atom"};
+constexpr Namespace TERMS{"http://purl.org/dc/terms/", "dc"};
+constexpr Name FEED{ATOM, "feed"}, ENTRY{ATOM, "entry"}, TITLE{ATOM, "title"}, ID{ATOM, "id"},
+    UPDATED{ATOM, "updated"}, AUTHOR{ATOM, "author"}, NAME{ATOM, "name"}, LINK{ATOM, "link"},
+    SUMMARY{ATOM, "summary"}, SPATIAL{TERMS, "spatial"};
 
 struct Entry
 {
-    std::u16string title;
-    std::u16string id;
-    std::u16string updated;
-    std::u16string link;
-    std::u16string summary;
-    std::u16string spatial;
+    std::string_view title;
+    std::string_view id;
+    std::chrono::sys_seconds updated;
+    std::string_view link;
+    std::string_view summary;
+    std::string_view spatial;
 };
 
-const std::vector<Entry> ENTRIES = {
-    {u"Crossing the Grand Col Ferret", u"urn:uuid:1225c695-cfb8-4ebb-aaaa-80da344efa6a",
-     u"2026-07-14T18:30:00Z", u"https://example.org/tracks?day=3&part=a",
-     u"Snow above 2300 m; poles & gaiters helped.", u"Val Ferret"},
-    {u"Zermatt \u2192 Gornergrat", u"urn:uuid:60a76c80-d399-11d9-b93c-0003939e0af6",
-     u"2026-07-12T20:05:00Z", u"https://example.org/tracks?day=1&part=b",
-     u"Visibility < 50 m on the ridge.", u"Valais"},
+constexpr Entry ENTRIES[] = {
+    {"Crossing the Grand Col Ferret", "urn:uuid:1225c695-cfb8-4ebb-aaaa-80da344efa6a",
+     std::chrono::sys_days(2026y / 7 / 14) + 18h + 30min, "https://example.org/tracks?day=3&part=a",
+     "Snow above 2300 m; poles & gaiters helped.", "Val Ferret"},
+    {"Zermatt → Gornergrat", "urn:uuid:60a76c80-d399-11d9-b93c-0003939e0af6",
+     std::chrono::sys_days(2026y / 7 / 12) + 20h + 5min, "https://example.org/tracks?day=1&part=b",
+     "Visibility < 50 m on the ridge.", "Valais"},
 };
 
-void writeLink(tarn::utils::XmlWriter& writer, const std::u16string& relation,
-               const std::u16string& target)
+void writeLink(Element& parent, std::string_view relation, std::string_view target)
 {
-    writer.writeStartElement(u"link", ATOM, NONE);
-    writer.writeAttribute(u"rel", relation);
-    writer.writeAttribute(u"href", target);
-    writer.writeEndElement();
-}
-
-void writeEntry(tarn::utils::XmlWriter& writer, const Entry& entry)
-{
-    writer.writeStartElement(u"entry", ATOM, NONE);
-    writer.writeElement(u"title", ATOM, entry.title);
-    writer.writeElement(u"id", ATOM, entry.id);
-    writer.writeElement(u"updated", ATOM, entry.updated);
-    writeLink(writer, u"alternate", entry.link);
-    writer.writeElement(u"summary", ATOM, entry.summary);
-    writer.writeElement(u"spatial", DUBLIN_CORE, entry.spatial);
-    writer.writeEndElement();
+    parent.child(LINK).attribute("rel", relation).attribute("href", target);
 }
 
 } // namespace
 
 int main()
 {
-    tarn::utils::XmlWriter writer(std::cout);
-    writer.writeStartDocument();
-    writer.registerDefaultNamespace(ATOM);
-    writer.writeStartElement(u"feed", ATOM, NONE);
-    // Declared once here; each entry would declare it again otherwise.
-    writer.writeNamespace(DUBLIN_CORE, u"dc");
-    writer.writeElement(u"title", ATOM, u"Mountains & Lakes");
-    writer.writeElement(u"id", ATOM, u"https://example.org/feed");
-    writer.writeElement(u"updated", ATOM, ENTRIES.front().updated);
-    writer.writeStartElement(u"author", ATOM, NONE);
-    writer.writeElement(u"name", ATOM, u"Jos\u00E9 \u017Bak");
-    writer.writeEndElement();
-    writeLink(writer, u"self", u"https://example.org/feed");
-    for (const Entry& entry : ENTRIES) {
-        writeEntry(writer, entry);
+    try {
+        Document document(std::cout);
+        Element feed = document.root(FEED);
+        // Declared once here; each entry would declare it again otherwise.
+        feed.declare(TERMS);
+        feed.add(TITLE, "Mountains & Lakes").add(ID, "https://example.org/feed");
+        feed.add(UPDATED, ENTRIES[0].updated);
+        feed.child(AUTHOR).add(NAME, "José Żak");
+        writeLink(feed, "self", "https://example.org/feed");
+        for (const Entry& each : ENTRIES) {
+            Element entry = feed.child(ENTRY);
+            entry.add(TITLE, each.title).add(ID, each.id).add(UPDATED, each.updated);
+            writeLink(entry, "alternate", each.link);
+            entry.add(SUMMARY, each.summary).add(SPATIAL, each.spatial);
+        }
+        document.finish();
+        std::cout << '\n' << std::flush;
+    } catch (const std::exception& error) {
+        std::cerr << "atom_feed: " << error.what() << '\n';
+        return 1;
     }
-    writer.writeEndDocument();
-    std::cout << '\n';
     return std::cout ? 0 : 1;
 }

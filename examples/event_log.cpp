@@ -1,12 +1,13 @@
 // Logs events to a stream, and tells a crash data service what a crash report should carry. Each
-// event reaches the stream as soon as it is logged, so that a log that is never closed lacks
-// nothing but its last line.
+// event reaches the stream as soon as it is logged. A log that is never closed lacks nothing but
+// its last line, and so is not taken for a complete one.
+#include <tarn/document/Document.hpp>
 #include <tarn/services/CrashDataService.hpp>
 #include <tarn/utils/num_to_string.hpp>
-#include <tarn/xml/XmlWriter.hpp>
 
 #include <array>
 #include <atomic>
+#include <chrono>
 #include <exception>
 #include <iostream>
 #include <mutex>
@@ -16,9 +17,9 @@
 
 namespace {
 
+using namespace std::chrono_literals;
+using namespace tarn::document;
 using tarn::utils::services::CrashDataService;
-
-const std::u16string NONE;
 
 /// A small provider of crash data. Its entries stand in the object itself, so that a report reads
 /// them without a lock and without allocating.
@@ -108,27 +109,20 @@ private:
     std::array<Note, 8> notes; // One of them stays free, for a value to be replaced.
 };
 
-/// Text is handed to a stream in batches and by `writeEndDocument`, which ends every open element.
-/// So each event is a whole document to the writer, and the tags of the element around all events
-/// are written raw.
 class EventLog
 {
 public:
     EventLog(std::ostream& output, CrashDataService* crashData)
-        : writer(output), crashData(crashData)
+        : document(output, {.unrepresentable = Unrepresentable::replace}),
+          log(document.root("log")), crashData(crashData)
     {
-        writer.writeStartDocument();
-        writer.writeRawXml(u"\n<log>");
-        writer.writeEndDocument();
+        document.flush();
     }
 
-    void add(const std::u16string& time, const std::u16string& level, const std::u16string& message)
+    void add(std::chrono::sys_seconds time, std::string_view level, const std::u16string& message)
     {
-        writer.writeStartElement(u"event", NONE, NONE);
-        writer.writeAttribute(u"time", time);
-        writer.writeAttribute(u"level", level);
-        writer.writeValue(message);
-        writer.writeEndDocument();
+        log.child("event").attribute("time", time).attribute("level", level).text(message);
+        document.flush();
         ++events;
         // [snippet: crash-data]
         if (crashData != nullptr) {
@@ -141,24 +135,19 @@ public:
     /// What a crash report would tell, among the events.
     void addReport(const CrashNotes& notes)
     {
-        writer.writeStartElement(u"report", NONE, NONE);
+        Element report = log.child("report");
         notes.forEach([&](std::u16string_view key, std::u16string_view value) {
-            writer.writeStartElement(u"note", NONE, NONE);
-            writer.writeAttribute(u"key", std::u16string(key));
-            writer.writeValue(std::u16string(value));
-            writer.writeEndElement();
+            report.child("note").attribute("key", key).text(value);
         });
-        writer.writeEndDocument();
+        report.end();
+        document.flush();
     }
 
-    void close()
-    {
-        writer.writeRawXml(u"\n</log>\n");
-        writer.writeEndDocument();
-    }
+    void close() { document.finish(); }
 
 private:
-    tarn::utils::XmlWriter writer;
+    Document document;
+    Element log;
     CrashDataService* crashData;
     unsigned long events = 0;
 };
@@ -170,13 +159,15 @@ int main()
     try {
         CrashNotes notes;
         EventLog log(std::cout, &notes);
+        constexpr auto START = std::chrono::sys_days(2026y / 11 / 24) + 9h + 15min;
         notes.setCrashData(u"step", u"reading tracks");
-        log.add(u"2026-11-24T09:15:02Z", u"info", u"opened \"tracks & waypoints\"");
-        log.add(u"2026-11-24T09:15:03Z", u"warning", u"3 < 5 points\tin segment \u2116\u00A07");
+        log.add(START + 2s, "info", u"opened \"tracks & waypoints\"");
+        log.add(START + 3s, "warning", u"3 < 5 points\tin segment \u2116\u00A07");
         notes.removeCrashData(u"step");
-        log.add(u"2026-11-24T09:15:04Z", u"error", u"bad header: \x01\x02\x1B[31mRIFF");
+        log.add(START + 4s, "error", u"bad header: \x01\x02\x1B[31mRIFF");
         log.addReport(notes);
         log.close();
+        std::cout << '\n' << std::flush;
     } catch (const std::exception& error) {
         std::cerr << "event_log: " << error.what() << '\n';
         return 1;

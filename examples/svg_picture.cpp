@@ -1,129 +1,91 @@
 // Draws a bar chart as an SVG picture, with a title that screen readers find, and a link.
-#include <tarn/utils/num_to_string.hpp>
-#include <tarn/xml/XmlWriter.hpp>
+#include <tarn/document/Document.hpp>
 
 #include <algorithm>
+#include <exception>
 #include <iostream>
+#include <iterator>
 #include <string>
-#include <vector>
+#include <string_view>
 
 namespace {
 
-using tarn::utils::num_to_string;
+using namespace tarn::document;
 
-const std::u16string NONE;
-const std::u16string SVG = u"http://www.w3.org/2000/svg";
-const std::u16string XLINK = u"http://www.w3.org/1999/xlink";
+constexpr Namespace SVG{"http://www.w3.org/2000/svg"};
+constexpr Namespace XLINK{"http://www.w3.org/1999/xlink", "xlink"};
+constexpr Name PICTURE{SVG, "svg"}, TITLE{SVG, "title"}, RECTANGLE{SVG, "rect"}, TEXT{SVG, "text"},
+    LINK{SVG, "a"}, TARGET{XLINK, "href"};
 
 struct Bar
 {
-    std::u16string label;
-    unsigned long metres;
-    std::u16string colour;
+    std::string_view label;
+    unsigned metres;
+    std::string_view colour;
 };
 
-const std::vector<Bar> BARS = {
-    {u"Mont Blanc", 4806, u"#4c78a8"},
-    {u"Dufourspitze", 4634, u"#72b7b2"},
-    {u"Matterhorn", 4478, u"#e45756"},
-    {u"Gro\u00DFglockner", 3798, u"#f58518"},
+constexpr Bar BARS[] = {
+    {"Mont Blanc", 4806, "#4c78a8"},
+    {"Dufourspitze", 4634, "#72b7b2"},
+    {"Matterhorn", 4478, "#e45756"},
+    {"Großglockner", 3798, "#f58518"},
 };
 
 // All in pixels.
-constexpr unsigned long WIDTH = 520;
-constexpr unsigned long ROW_HEIGHT = 36;
-constexpr unsigned long BAR_HEIGHT = 24;
-constexpr unsigned long BAR_LEFT = 130;
-constexpr unsigned long LONGEST_BAR = 300;
-constexpr unsigned long GAP = 8;
-constexpr unsigned long TOP = 56;
+constexpr unsigned WIDTH = 520;
+constexpr unsigned ROW_HEIGHT = 36;
+constexpr unsigned BAR_HEIGHT = 24;
+constexpr unsigned BAR_LEFT = 130;
+constexpr unsigned LONGEST_BAR = 300;
+constexpr unsigned GAP = 8;
+constexpr unsigned TOP = 56;
+constexpr unsigned HEIGHT = TOP + ROW_HEIGHT * std::size(BARS) + GAP;
 
-class Picture
+void drawRectangle(Element& parent, unsigned x, unsigned y, unsigned width, unsigned height,
+                   std::string_view fill)
 {
-public:
-    explicit Picture(tarn::utils::XmlWriter& writer) : writer(writer) {}
+    Element rectangle = parent.child(RECTANGLE).attribute("x", x).attribute("y", y);
+    rectangle.attribute("width", width).attribute("height", height).attribute("fill", fill);
+}
 
-    void start(const std::u16string& title, unsigned long height)
-    {
-        writer.writeStartDocument();
-        writer.registerDefaultNamespace(SVG);
-        writer.writeStartElement(u"svg", SVG, NONE);
-        writer.writeNamespace(XLINK, u"xlink");
-        writer.writeAttribute(u"viewBox",
-                              u"0 0 " + num_to_string(WIDTH) + u' ' + num_to_string(height));
-        writer.writeAttribute(u"font-family", u"sans-serif");
-        writer.writeElement(u"title", SVG, title);
-    }
-
-    void rectangle(unsigned long x, unsigned long y, unsigned long width, unsigned long height,
-                   const std::u16string& fill)
-    {
-        writer.writeStartElement(u"rect", SVG, NONE);
-        number(u"x", x);
-        number(u"y", y);
-        number(u"width", width);
-        number(u"height", height);
-        writer.writeAttribute(u"fill", fill);
-        writer.writeEndElement();
-    }
-
-    void text(unsigned long x, unsigned long y, const std::u16string& anchor,
-              const std::u16string& content)
-    {
-        writer.writeStartElement(u"text", SVG, NONE);
-        number(u"x", x);
-        number(u"y", y);
-        writer.writeAttribute(u"text-anchor", anchor);
-        writer.writeValue(content);
-        writer.writeEndElement();
-    }
-
-    void startLink(const std::u16string& target)
-    {
-        writer.writeStartElement(u"a", SVG, NONE);
-        writer.writeAttribute(u"href", XLINK, target);
-    }
-
-    void endLink() { writer.writeEndElement(); }
-
-private:
-    void number(const std::u16string& name, unsigned long value)
-    {
-        writer.writeAttribute(name, num_to_string(value));
-    }
-
-    tarn::utils::XmlWriter& writer;
-};
-
-void drawBar(Picture& picture, const Bar& bar, unsigned long top, unsigned long highest)
+/// Returns the text element, to be filled.
+Element startText(Element& parent, unsigned x, unsigned y, std::string_view anchor)
 {
-    const unsigned long length = bar.metres * LONGEST_BAR / highest;
-    const unsigned long baseline = top + BAR_HEIGHT - GAP;
-    picture.text(BAR_LEFT - GAP, baseline, u"end", bar.label);
-    picture.rectangle(BAR_LEFT, top, length, BAR_HEIGHT, bar.colour);
-    picture.text(BAR_LEFT + length + GAP, baseline, u"start", num_to_string(bar.metres) + u" m");
+    return parent.child(TEXT).attribute("x", x).attribute("y", y).attribute("text-anchor", anchor);
+}
+
+void drawBar(Element& picture, const Bar& bar, unsigned top, unsigned highest)
+{
+    const unsigned length = bar.metres * LONGEST_BAR / highest;
+    const unsigned baseline = top + BAR_HEIGHT - GAP;
+    startText(picture, BAR_LEFT - GAP, baseline, "end").text(bar.label);
+    drawRectangle(picture, BAR_LEFT, top, length, BAR_HEIGHT, bar.colour);
+    startText(picture, BAR_LEFT + length + GAP, baseline, "start").text(bar.metres).text(" m");
 }
 
 } // namespace
 
 int main()
 {
-    const std::u16string title = u"Height & rank of four Alpine peaks";
-    const unsigned long height = TOP + ROW_HEIGHT * BARS.size() + GAP;
-    const auto lower = [](const Bar& left, const Bar& right) { return left.metres < right.metres; };
-    const unsigned long highest = std::max_element(BARS.begin(), BARS.end(), lower)->metres;
-
-    tarn::utils::XmlWriter writer(std::cout);
-    Picture picture(writer);
-    picture.start(title, height);
-    picture.rectangle(0, 0, WIDTH, height, u"#ffffff");
-    picture.startLink(u"https://en.wikipedia.org/wiki/Alps");
-    picture.text(WIDTH / 2, TOP / 2, u"middle", title);
-    picture.endLink();
-    for (std::size_t row = 0; row < BARS.size(); ++row) {
-        drawBar(picture, BARS[row], TOP + ROW_HEIGHT * row, highest);
+    try {
+        constexpr const char* TITLE_TEXT = "Height & rank of four Alpine peaks";
+        Document document(std::cout);
+        Element picture = document.root(PICTURE).declare(XLINK);
+        picture.attribute("viewBox", "0 0 " + std::to_string(WIDTH) + ' ' + std::to_string(HEIGHT));
+        picture.attribute("font-family", "sans-serif").add(TITLE, TITLE_TEXT);
+        drawRectangle(picture, 0, 0, WIDTH, HEIGHT, "#ffffff");
+        Element link = picture.child(LINK).attribute(TARGET, "https://en.wikipedia.org/wiki/Alps");
+        startText(link, WIDTH / 2, TOP / 2, "middle").text(TITLE_TEXT);
+        const unsigned highest = std::ranges::max(BARS, {}, &Bar::metres).metres;
+        for (unsigned top = TOP; const Bar& bar : BARS) {
+            drawBar(picture, bar, top, highest);
+            top += ROW_HEIGHT;
+        }
+        document.finish();
+        std::cout << '\n' << std::flush;
+    } catch (const std::exception& error) {
+        std::cerr << "svg_picture: " << error.what() << '\n';
+        return 1;
     }
-    writer.writeEndDocument();
-    std::cout << '\n';
     return std::cout ? 0 : 1;
 }
