@@ -1,4 +1,4 @@
-// The snippets of docs/guide.md and README.md, and what each of them writes.
+// The snippets of docs/guide.md about the plain writer, and what each of them writes.
 #include <tarn/xml/XmlWriter.hpp>
 
 #include <fstream>
@@ -16,22 +16,6 @@ const std::u16string NONE;
 const std::u16string ATOM = u"http://www.w3.org/2005/Atom";
 const std::u16string DUBLIN_CORE = u"http://purl.org/dc/terms/";
 // [end]
-
-std::string firstScreen()
-{
-    // [snippet: first-screen]
-    std::string xml;
-    tarn::utils::XmlWriter writer(xml);
-    writer.writeStartDocument();
-    writer.writeStartElement(u"feed", u"http://www.w3.org/2005/Atom", u"atom");
-    writer.writeElement(u"title", u"http://www.w3.org/2005/Atom", u"Mountains & Lakes");
-    writer.writeStartElement(u"entry", u"http://www.w3.org/2005/Atom", u"");
-    writer.writeAttribute(u"date", u"http://purl.org/dc/terms/", u"dc", u"2024-05-01");
-    writer.writeValue(u"a < b");
-    writer.writeEndDocument();
-    // [end]
-    return xml;
-}
 
 std::string firstElement()
 {
@@ -264,7 +248,6 @@ void print(const char* name, const std::string& text)
 
 int main()
 {
-    print("first-screen", firstScreen());
     print("first-element", firstElement());
     print("elements", body(elements));
     print("generated-prefixes", body(generatedPrefixes));
