@@ -9,13 +9,15 @@
 namespace tarn::document {
 
 /// Content of an element, ready to be written by Element::raw().
+///
+/// @see @ref fragments
 class TARN_EXPORT Fragment
 {
 public:
     /// @p text, escaped. Nothing is left to be checked when it is written.
     ///
-    /// @throws Error if @p text is no well-formed UTF, or has characters that XML 1.0 does not
-    /// have.
+    /// @throws Error if @p text is no well-formed UTF, has characters that XML 1.0 does not have,
+    /// or is a null pointer, whatever the Options of the document are. Its path is `/`.
     static Fragment of(const Text& text);
 
     /// @p markup as it is, which must be well-formed content of an element whose prefixes are

@@ -14,36 +14,42 @@ namespace tarn::document {
 /// A value, for the length of a call.
 ///
 /// - Text is UTF-8 (`char`, and `char8_t` where there is one) or UTF-16 (`char16_t`): a pointer to
-///   NUL-terminated text, a string, a string view, or what converts to one. It is checked where it
-///   is used.
+///   NUL-terminated text, a string, a string view, or what converts to a `std::string_view`. It is
+///   checked where it is used.
 /// - A `bool` is `true` or `false`; an integer is its decimal digits.
 /// - A floating-point number is the shortest digits that read back the same, or `INF`, `-INF` or
-/// `NaN` (XML
-///   Schema 1.1, `xs:double`), whatever the locale.
+///   `NaN` (XML Schema 1.1, `xs:double`), whatever the locale.
 /// - A time point of `std::chrono::system_clock` is an `xs:dateTime` in UTC,
-/// `2026-11-25T18:30:02Z`, with a
-///   fraction if it has one.
+///   `2026-11-25T18:30:02Z`, with a fraction of up to nine digits if it has one.
 ///
 /// A single `char`, a `wchar_t` and other pointers do not compile.
+///
+/// @see @ref values
 class TARN_EXPORT Text
 {
 public:
+    /// UTF-8, up to the terminating NUL. A null pointer is refused where the text is used.
     Text(const char* text) // NOLINT(google-explicit-constructor)
         : Text(text == nullptr ? std::string_view() : std::string_view(text))
     {
         kind = text == nullptr ? Kind::Null : kind;
     }
+    /// UTF-8.
     Text(std::string_view text) : bytes(text.data()), size(text.size()) {} // NOLINT
-    Text(const std::string& text) : Text(std::string_view(text)) {}        // NOLINT
+    /// UTF-8.
+    Text(const std::string& text) : Text(std::string_view(text)) {} // NOLINT
+    /// UTF-16, up to the terminating NUL. A null pointer is refused where the text is used.
     Text(const char16_t* text) // NOLINT(google-explicit-constructor)
         : Text(text == nullptr ? std::u16string_view() : std::u16string_view(text))
     {
         kind = text == nullptr ? Kind::Null : kind;
     }
+    /// UTF-16.
     Text(std::u16string_view text) // NOLINT(google-explicit-constructor)
         : units(text.data()), size(text.size()), kind(Kind::Utf16)
     {
     }
+    /// UTF-16.
     Text(const std::u16string& text) : Text(std::u16string_view(text)) {} // NOLINT
 #ifdef __cpp_char8_t
     Text(const char8_t* text) : Text(reinterpret_cast<const char*>(text)) {} // NOLINT
@@ -53,6 +59,7 @@ public:
     }
     Text(const std::u8string& text) : Text(std::u8string_view(text)) {} // NOLINT
 #endif
+    /// A truth value or a number; a single character does not compile.
     template <class Value, std::enable_if_t<std::is_arithmetic_v<Value>, int> = 0>
     Text(Value value) // NOLINT(google-explicit-constructor)
     {
@@ -72,6 +79,7 @@ public:
             setInteger(static_cast<unsigned long long>(value));
         }
     }
+    /// A point in time, in UTC.
     template <class Duration>
     Text(std::chrono::time_point<std::chrono::system_clock, Duration> time) // NOLINT
     {
@@ -79,6 +87,7 @@ public:
         setTime(seconds.time_since_epoch().count(),
                 std::chrono::duration_cast<std::chrono::nanoseconds>(time - seconds).count());
     }
+    /// UTF-8: what converts to `std::string_view`.
     template <class View, std::enable_if_t<std::is_class_v<View> &&
                                                std::is_convertible_v<const View&, std::string_view>,
                                            int> = 0>
@@ -92,7 +101,7 @@ public:
     Text& operator=(const Text&) = delete;
     ~Text() = default;
 
-    // For the layer.
+    /// @cond For the layer.
     enum class Kind : unsigned char
     {
         Utf8,
@@ -111,6 +120,7 @@ public:
     {
         return {units, size};
     }
+    /// @endcond
 
 private:
     template <class Value>
