@@ -260,6 +260,7 @@ std::string documentException()
         Element feed = document.root(FEED);
         feed.add(TITLE, "Mountains & Lakes");
         Element entry = feed.child(ENTRY);
+        entry.text("Snow above");
         throw std::runtime_error("no more tracks");
     } catch (const std::runtime_error&) {
         document.flush();
