@@ -19,6 +19,14 @@ if(TARGET tarn-framework)
 endif()
 install(EXPORT tarn-targets NAMESPACE tarn:: DESTINATION ${package_dir})
 
+# The checked layer is in packages of its own, so its targets are in a file of their own.
+install(TARGETS tarn-document EXPORT tarn-document-targets
+    FILE_SET HEADERS COMPONENT document-development
+    ARCHIVE COMPONENT document-development
+    LIBRARY COMPONENT document NAMELINK_COMPONENT document-development)
+install(EXPORT tarn-document-targets NAMESPACE tarn:: DESTINATION ${package_dir}
+    COMPONENT document-development)
+
 # The guide, and beside it the examples that it links to.
 set(guide ${PROJECT_SOURCE_DIR}/docs/guide.md)
 set(doc_dir ${CMAKE_INSTALL_DATADIR}/doc/libtarn-utils-dev)
@@ -37,11 +45,24 @@ write_basic_package_version_file(${PROJECT_BINARY_DIR}/tarnConfigVersion.cmake
 install(FILES ${PROJECT_BINARY_DIR}/tarnConfig.cmake ${PROJECT_BINARY_DIR}/tarnConfigVersion.cmake
     DESTINATION ${package_dir})
 
+# The .pc files name the prefix relative to their own directory, so that an installed tree can be moved.
+file(RELATIVE_PATH pc_prefix_from_here /${CMAKE_INSTALL_LIBDIR}/pkgconfig /)
+# install_pc(<library> <component> DESCRIPTION <text> [CFLAGS <flags>] [LIBS <flags>]
+#   [REQUIRES <packages>] [REQUIRES_PRIVATE <packages>])
+function(install_pc library component)
+    cmake_parse_arguments(PARSE_ARGV 2 pc "" "DESCRIPTION;CFLAGS;LIBS;REQUIRES;REQUIRES_PRIVATE" "")
+    configure_file(${PROJECT_SOURCE_DIR}/cmake/library.pc.in ${PROJECT_BINARY_DIR}/${library}.pc @ONLY)
+    file(GENERATE OUTPUT ${PROJECT_BINARY_DIR}/pkgconfig/${library}.pc
+        INPUT ${PROJECT_BINARY_DIR}/${library}.pc)
+    install(FILES ${PROJECT_BINARY_DIR}/pkgconfig/${library}.pc
+        DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig COMPONENT ${component})
+endfunction()
+
 set(pkg_config_cflags "")
-set(pkg_config_libs "-ltarn-utils")
+set(pkg_config_libs "")
 set(pkg_config_requires "")
 if(NOT BUILD_SHARED_LIBS)
-    string(APPEND pkg_config_libs " -ltarn-platform -ltarn-text -lstdc++")
+    string(APPEND pkg_config_libs "-ltarn-platform -ltarn-text -lstdc++")
     if(TARN_SERVICES)
         set(pkg_config_requires "minizip, zlib")
     endif()
@@ -55,10 +76,12 @@ if(TARN_FRAMEWORK_TARGET STREQUAL "CppMicroServices")
 elseif(TARGET tarn-framework)
     set(pkg_config_cflags "-I\${includedir}/tarn/framework")
 endif()
-# The .pc file names the prefix relative to its own directory, so that an installed tree can be moved.
-file(RELATIVE_PATH pc_prefix_from_here /${CMAKE_INSTALL_LIBDIR}/pkgconfig /)
-configure_file(${PROJECT_SOURCE_DIR}/cmake/tarn-utils.pc.in ${PROJECT_BINARY_DIR}/tarn-utils.pc @ONLY)
-file(GENERATE OUTPUT ${PROJECT_BINARY_DIR}/pkgconfig/tarn-utils.pc
-    INPUT ${PROJECT_BINARY_DIR}/tarn-utils.pc)
-install(FILES ${PROJECT_BINARY_DIR}/pkgconfig/tarn-utils.pc
-    DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
+install_pc(tarn-utils development DESCRIPTION "${PROJECT_DESCRIPTION}" CFLAGS "${pkg_config_cflags}"
+    LIBS "${pkg_config_libs}" REQUIRES "${pkg_config_requires}")
+if(BUILD_SHARED_LIBS)
+    install_pc(tarn-document document-development DESCRIPTION "Checked XML writer for UTF-8"
+        REQUIRES_PRIVATE "tarn-utils >= ${PROJECT_VERSION}")
+else()
+    install_pc(tarn-document document-development DESCRIPTION "Checked XML writer for UTF-8"
+        LIBS "-ltarn-text -lstdc++" REQUIRES "tarn-utils >= ${PROJECT_VERSION}")
+endif()

@@ -1,7 +1,7 @@
 # Functions that the tests of an installed tree share. A test sets $work, $cmake and $CXX, and $programs
 # if it does not want all programs of the consumer.
 consumer=$(dirname "$0")/consumer
-: "${programs:=consumer services}"
+: "${programs:=consumer document services}"
 
 # build_and_run DIRECTORY CMAKE_ARGUMENT...
 build_and_run() {
@@ -24,11 +24,13 @@ consume_installed() {
     echo "== $2, with pkg-config"
     libdir=$(dirname "$(find "$1" -name 'libtarn-utils.so' -o -name 'libtarn-utils.a')")
     export PKG_CONFIG_PATH="$libdir/pkgconfig"
-    [ "$(pkg-config --variable=libdir tarn-utils | xargs realpath)" = "$(realpath "$libdir")" ]
     for program in $programs; do
+        package=tarn-utils
+        [ "$program" != document ] || package=tarn-document
+        [ "$(pkg-config --variable=libdir $package | xargs realpath)" = "$(realpath "$libdir")" ]
         # shellcheck disable=SC2046,SC2086 # lists of flags
-        "$CXX" -std=c++17 ${CXXFLAGS:-} $(pkg-config --cflags tarn-utils) "$consumer/$program.cpp" \
-            $(pkg-config --libs tarn-utils) -Wl,-rpath,"$libdir" -o "$work/$2-$program"
+        "$CXX" -std=c++17 ${CXXFLAGS:-} $(pkg-config --cflags $package) "$consumer/$program.cpp" \
+            $(pkg-config --libs $package) -Wl,-rpath,"$libdir" -o "$work/$2-$program"
         "$work/$2-$program"
     done
     unset PKG_CONFIG_PATH

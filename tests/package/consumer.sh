@@ -18,10 +18,12 @@ consume_installed "$work/moved" installed
 echo "== subdirectory"
 build_and_run "$work/subdirectory" -DTARN_SOURCE="$source"
 [ -e "$work/subdirectory/tarn/tarn/libtarn-utils.a" ]
+[ -e "$work/subdirectory/tarn/tarn/libtarn-document.a" ]
 if grep '^BUILD_SHARED_LIBS:' "$work/subdirectory/CMakeCache.txt"; then exit 1; fi
 echo "== subdirectory, BUILD_SHARED_LIBS=ON"
 build_and_run "$work/subdirectory-shared" -DTARN_SOURCE="$source" -DBUILD_SHARED_LIBS=ON
 [ -e "$work/subdirectory-shared/tarn/tarn/libtarn-utils.so" ]
+[ -e "$work/subdirectory-shared/tarn/tarn/libtarn-document.so" ]
 
 "$cmake" -G Ninja -S "$source" -B "$work/static" -DBUILD_SHARED_LIBS=OFF -DTARN_BUILD_TESTS=OFF \
     -DTARN_BUILD_TOOLS=OFF -DTARN_BUILD_EXAMPLES=OFF > "$work/static.log"

@@ -2,8 +2,10 @@
 // and how they are copied and moved. Compiling this file is the test. A change here changes the
 // binary interface (docs/compatibility.md).
 
+#include <tarn/document/Document.hpp>
 #include <tarn/xml/XmlWriter.hpp>
 
+#include <cstddef>
 #include <type_traits>
 
 namespace {
@@ -16,5 +18,29 @@ static_assert(!std::is_polymorphic_v<XmlWriter> && std::is_standard_layout_v<Xml
 static_assert(std::is_nothrow_move_constructible_v<XmlWriter>);
 static_assert(std::is_nothrow_move_assignable_v<XmlWriter>);
 static_assert(!std::is_copy_constructible_v<XmlWriter>);
+
+using namespace tarn::document;
+
+constexpr std::size_t WORD = 8;
+
+template <class Class, std::size_t SIZE>
+constexpr bool isLaidOut = sizeof(Class) == SIZE && alignof(Class) == WORD;
+
+static_assert(isLaidOut<Document, WORD>);
+static_assert(!std::is_polymorphic_v<Document>);
+static_assert(!std::is_copy_constructible_v<Document> && !std::is_move_constructible_v<Document>);
+static_assert(isLaidOut<Element, 4 * WORD>);
+static_assert(!std::is_polymorphic_v<Element> && std::is_standard_layout_v<Element>);
+static_assert(std::is_nothrow_move_constructible_v<Element>);
+static_assert(std::is_nothrow_move_assignable_v<Element>);
+static_assert(!std::is_copy_constructible_v<Element> && !std::is_copy_assignable_v<Element>);
+// Inline functions of the headers fill these, or hand them over by value.
+static_assert(isLaidOut<Namespace, 5 * WORD> && std::is_trivially_copyable_v<Namespace>);
+static_assert(isLaidOut<Name, 7 * WORD> && std::is_trivially_copyable_v<Name>);
+static_assert(isLaidOut<Text, 9 * WORD> && std::is_standard_layout_v<Text>);
+static_assert(isLaidOut<Fragment, 4 * WORD> && std::is_nothrow_move_constructible_v<Fragment>);
+static_assert(sizeof(Options) == 12 && offsetof(Options, unrepresentable) == 4);
+static_assert(offsetof(Options, declaration) == 8 && std::is_trivially_copyable_v<Options>);
+static_assert(isLaidOut<Error, 2 * WORD> && std::has_virtual_destructor_v<Error>);
 
 } // namespace

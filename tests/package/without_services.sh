@@ -4,7 +4,7 @@
 # found. Runs the tests, installs the library, and builds and runs a consumer with it.
 set -eu
 source=$1 work=$2 cmake=$3 ctest=$4
-programs=consumer
+programs="consumer document"
 . "$(dirname "$0")/consume.sh"
 
 rm -rf "$work"
