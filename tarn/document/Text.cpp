@@ -4,6 +4,7 @@
 #include <charconv>
 #include <cmath>
 #include <cstdio>
+#include <cstdlib>
 #include <iterator>
 #include <string_view>
 
@@ -65,13 +66,22 @@ void Text::setFloat(long double value)
 void Text::setTime(long long seconds, long long nanoseconds)
 {
     using namespace std::chrono;
-    const auto days = floor<std::chrono::days>(std::chrono::seconds(seconds));
-    const year_month_day date{sys_days(days)};
-    const hh_mm_ss time(std::chrono::seconds(seconds) - days);
-    const int year = static_cast<int>(date.year());
+    // The calendar repeats after 400 years, and its classes know 65,536 years only.
+    constexpr long long SECONDS_OF_400_YEARS = 146'097LL * 86'400;
+    long long cycles = seconds / SECONDS_OF_400_YEARS;
+    long long rest = seconds % SECONDS_OF_400_YEARS;
+    if (rest < 0) {
+        --cycles;
+        rest += SECONDS_OF_400_YEARS;
+    }
+    const sys_seconds inFirstCycle{std::chrono::seconds(rest)};
+    const sys_days day = floor<days>(inFirstCycle);
+    const year_month_day date{day};
+    const hh_mm_ss time(inFirstCycle - day);
+    const long long year = static_cast<int>(date.year()) + 400 * cycles;
     // There is a year 0 in XML Schema 1.1.
     int length = std::snprintf(
-        own, sizeof own, "%s%04d-%02u-%02uT%02d:%02d:%02d", year < 0 ? "-" : "", std::abs(year),
+        own, sizeof own, "%s%04lld-%02u-%02uT%02d:%02d:%02d", year < 0 ? "-" : "", std::abs(year),
         static_cast<unsigned>(date.month()), static_cast<unsigned>(date.day()),
         static_cast<int>(time.hours().count()), static_cast<int>(time.minutes().count()),
         static_cast<int>(time.seconds().count()));

@@ -20,13 +20,28 @@ namespace tarn::document {
 /// - A floating-point number is the shortest digits that read back the same, or `INF`, `-INF` or
 ///   `NaN` (XML Schema 1.1, `xs:double`), whatever the locale.
 /// - A time point of `std::chrono::system_clock` is an `xs:dateTime` in UTC,
-///   `2026-11-25T18:30:02Z`, with a fraction of up to nine digits if it has one.
+///   `2026-11-25T18:30:02Z`, with a fraction if it has one, cut to nanoseconds. One whose seconds
+///   do not fit `std::int64_t`, or that is no number, is refused where it is used.
 ///
 /// A single `char`, a `wchar_t` and other pointers do not compile.
 ///
 /// @see @ref values
 class TARN_EXPORT Text
 {
+    template <class Value>
+    static constexpr bool isCodeUnit = std::is_same_v<Value, char> ||
+#ifdef __cpp_char8_t
+                                       std::is_same_v<Value, char8_t> ||
+#endif
+                                       std::is_same_v<Value, char16_t>;
+    template <class Value>
+    static constexpr bool isConvertibleToView =
+        std::is_convertible_v<const Value&, std::string_view> ||
+#ifdef __cpp_char8_t
+        std::is_convertible_v<const Value&, std::u8string_view> ||
+#endif
+        std::is_convertible_v<const Value&, std::u16string_view>;
+
 public:
     /// UTF-8, up to the terminating NUL. A null pointer is refused where the text is used.
     Text(const char* text) // NOLINT(google-explicit-constructor)
@@ -63,8 +78,11 @@ public:
     template <class Value, std::enable_if_t<std::is_arithmetic_v<Value>, int> = 0>
     Text(Value value) // NOLINT(google-explicit-constructor)
     {
-        static_assert(!isCharacter<Value>,
+        static_assert(!isCodeUnit<Value> && !std::is_same_v<Value, wchar_t> &&
+                          !std::is_same_v<Value, char32_t>,
                       "a single character is no text; write it in double quotes");
+        static_assert(std::is_floating_point_v<Value> || sizeof(Value) <= sizeof(long long),
+                      "the integer is too long");
         if constexpr (std::is_same_v<Value, bool>) {
             setBool(value);
         } else if constexpr (std::is_same_v<Value, float>) {
@@ -83,18 +101,24 @@ public:
     template <class Duration>
     Text(std::chrono::time_point<std::chrono::system_clock, Duration> time) // NOLINT
     {
+        // Compared as seconds, coarser durations would overflow.
+        constexpr long double LIMIT = 0x1p63L;
+        const std::chrono::duration<long double> exact = time.time_since_epoch();
+        if (!(exact.count() >= -LIMIT && exact.count() < LIMIT)) {
+            kind = Kind::OutOfRange;
+            return;
+        }
         const auto seconds = std::chrono::floor<std::chrono::seconds>(time);
         setTime(seconds.time_since_epoch().count(),
                 std::chrono::duration_cast<std::chrono::nanoseconds>(time - seconds).count());
     }
-    /// UTF-8: what converts to `std::string_view`.
-    template <class View, std::enable_if_t<std::is_class_v<View> &&
-                                               std::is_convertible_v<const View&, std::string_view>,
-                                           int> = 0>
-    Text(const View& text) : Text(static_cast<std::string_view>(text)) // NOLINT
+    /// Text in UTF-8 or UTF-16: what converts to a string view.
+    template <class View,
+              std::enable_if_t<std::is_class_v<View> && isConvertibleToView<View>, int> = 0>
+    Text(const View& text) : Text(viewOf(text)) // NOLINT(google-explicit-constructor)
     {
     }
-    template <class Pointee>
+    template <class Pointee, std::enable_if_t<!isCodeUnit<Pointee>, int> = 0>
     Text(Pointee*) = delete;
     Text(std::nullptr_t) = delete;
     Text(const Text&) = delete;
@@ -106,7 +130,8 @@ public:
     {
         Utf8,
         Utf16,
-        Null, ///< Made of a null pointer.
+        Null,       ///< Made of a null pointer.
+        OutOfRange, ///< Made of a time point that cannot be written.
     };
     Kind textKind() const
     {
@@ -124,13 +149,18 @@ public:
 
 private:
     template <class Value>
-    static constexpr bool isCharacter =
-        std::is_same_v<Value, char> || std::is_same_v<Value, wchar_t> ||
-        std::is_same_v<Value, char16_t> || std::is_same_v<Value, char32_t>
+    static auto viewOf(const Value& text)
+    {
+        if constexpr (std::is_convertible_v<const Value&, std::string_view>) {
+            return static_cast<std::string_view>(text);
 #ifdef __cpp_char8_t
-        || std::is_same_v<Value, char8_t>
+        } else if constexpr (std::is_convertible_v<const Value&, std::u8string_view>) {
+            return static_cast<std::u8string_view>(text);
 #endif
-        ;
+        } else {
+            return static_cast<std::u16string_view>(text);
+        }
+    }
 
     /// Takes the first @p length of its own characters.
     void setOwn(std::size_t length)

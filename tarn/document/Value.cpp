@@ -69,6 +69,9 @@ void Value::assign(const Text& text, Unrepresentable unrepresentable)
     if (text.textKind() == Text::Kind::Null) {
         throw Refusal{"the text is a null pointer"};
     }
+    if (text.textKind() == Text::Kind::OutOfRange) {
+        throw Refusal{"the time is out of range"};
+    }
     if (text.textKind() == Text::Kind::Utf16) {
         convert(text.utf16(), unrepresentable);
         view = own;

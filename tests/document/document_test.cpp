@@ -166,6 +166,53 @@ TEST(Document, WritesWhatItIsTold)
     }
 }
 
+template <class View>
+struct ConvertibleTo
+{
+    View view;
+    operator View() const { return view; } // NOLINT(google-explicit-constructor): what is tested
+};
+
+TEST(Document, TakesTextOfEveryType)
+{
+    char buffer[] = "a";
+    char16_t buffer16[] = u"b";
+    char8_t buffer8[] = u8"c";
+    EXPECT_EQ(inRoot([&](Element& r) {
+                  r.text(buffer).text(buffer16).text(buffer8);
+                  r.text(ConvertibleTo<std::string_view>{"d"});
+                  r.text(ConvertibleTo<std::u16string_view>{u"e"});
+                  r.text(ConvertibleTo<std::u8string_view>{u8"f"});
+              }),
+              "<r>abcdef</r>");
+}
+
+/// The text of a time that is so long after 1970.
+template <class Duration>
+std::string textOf(Duration sinceEpoch)
+{
+    const std::chrono::time_point<std::chrono::system_clock, Duration> time(sinceEpoch);
+    const std::string text = inRoot([&](Element& r) { r.text(time); });
+    return text.substr(3, text.size() - 7);
+}
+
+TEST(Document, WritesTimesOfEveryDuration)
+{
+    using namespace std::chrono;
+    EXPECT_EQ(textOf(hours(-1)), "1969-12-31T23:00:00Z");
+    EXPECT_EQ(textOf(duration<double>(-0.25)), "1969-12-31T23:59:59.75Z");
+    EXPECT_EQ(textOf(duration<long long, std::pico>(1'500'000'000'999)), "1970-01-01T00:00:01.5Z");
+    EXPECT_EQ(textOf(days(10'957 - 5 * 146'097)), "0000-01-01T00:00:00Z");
+    // Years that std::chrono::year does not have.
+    EXPECT_EQ(textOf(days(10'957 + 95 * 146'097)), "40000-01-01T00:00:00Z");
+    EXPECT_EQ(textOf(days(10'957 - 105 * 146'097 - 1)), "-40001-12-31T00:00:00Z");
+    EXPECT_EQ(textOf(seconds::max()), "292277026596-12-04T15:30:07Z");
+    EXPECT_EQ(textOf(seconds::min()), "-292277022657-01-27T08:29:52Z");
+    EXPECT_THROW(textOf(hours::max()), Error);
+    EXPECT_THROW(textOf(duration<double>(-1e19)), Error);
+    EXPECT_THROW(textOf(duration<double>(std::numeric_limits<double>::quiet_NaN())), Error);
+}
+
 TEST(Document, LaysOutWhatHasNoText)
 {
     const Case cases[] = {
