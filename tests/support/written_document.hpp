@@ -187,8 +187,9 @@ private:
 
     void writeContent()
     {
-        static const std::pair<Text, Text> CONTENT[] = {
-            {u"<!-- < -->", u"<!>"}, {u"<?p < ?>", u"<!>"}, {u"<![CDATA[&<a>]]>", u"&<a>"}};
+        static const std::pair<Text, Text> CONTENT[] = {{u"<!-- < -->", u"<!-- < -->"},
+                                                        {u"<?p < ?>", u"<?p < ?>"},
+                                                        {u"<![CDATA[&<a>]]>", u"&<a>"}};
         const std::size_t kind = input.below(8);
         if (kind > 1) {
             const Text value = text();

@@ -34,8 +34,14 @@ inline void outlineNodes(const xmlNode* node, TextBesideElements textBesideEleme
     for (; node != nullptr; node = node->next) {
         if (node->type == XML_TEXT_NODE) {
             outline += leavesTextOut ? "" : toString(node->content);
-        } else if (node->type != XML_ELEMENT_NODE) {
-            outline += "<!>";
+        } else if (node->type == XML_COMMENT_NODE) {
+            outline += "<!--" + toString(node->content) + "-->";
+        } else if (node->type == XML_PI_NODE) {
+            outline += "<?" + toString(node->name) + ' ' + toString(node->content) + "?>";
+        } else if (node->type == XML_DTD_NODE) {
+            const auto* const doctype = reinterpret_cast<const xmlDtd*>(node);
+            outline += "<!DOCTYPE " + toString(doctype->name) + ' ' +
+                       toString(doctype->ExternalID) + ' ' + toString(doctype->SystemID) + '>';
         } else {
             outline += '<' + outlineOfName(node->ns, node->name);
             for (const xmlAttr* each = node->properties; each != nullptr; each = each->next) {
@@ -53,7 +59,7 @@ inline void outlineNodes(const xmlNode* node, TextBesideElements textBesideEleme
 } // namespace detail
 
 /// What @p xml says, prefixes aside: `<{URI}NAME {URI}NAME="VALUE">` for a start tag, `</>` for an
-/// end tag, `<!>` for a comment or a processing instruction.
+/// end tag, `<!--TEXT-->`, `<?TARGET DATA?>`, `<!DOCTYPE NAME PUBLIC-ID SYSTEM-ID>`.
 /// @returns instead, if it is not well-formed with regard to namespaces too, what is wrong; this
 /// does not begin with `<`.
 inline std::string outlineOfXml(const std::string& xml,
@@ -72,7 +78,7 @@ inline std::string outlineOfXml(const std::string& xml,
                (parser->lastError.message != nullptr ? parser->lastError.message : "");
     }
     std::string outline;
-    detail::outlineNodes(xmlDocGetRootElement(document.get()), textBesideElements, outline);
+    detail::outlineNodes(document->children, textBesideElements, outline);
     return outline;
 }
 
