@@ -1,0 +1,275 @@
+// Memory or the target of a document fails at every point: the document is as it was or broken off,
+// never looks complete, and can be begun again.
+
+#include "support/FailingAllocation.hpp"
+
+#include <tarn/document/Document.hpp>
+
+#include <array>
+#include <fstream>
+#include <functional>
+#include <gtest/gtest.h>
+#include <ios>
+#include <limits>
+#include <optional>
+#include <ostream>
+#include <spanstream>
+#include <stdexcept>
+#include <streambuf>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace tarn::tests {
+
+namespace {
+
+using namespace document;
+
+constexpr std::size_t LEVELS = 30;
+
+using Elements = std::array<std::optional<Element>, LEVELS + 2>;
+
+/// One call, so that it can be made again when it has failed.
+struct Step
+{
+    std::function<void(Document&, Elements&)> call;
+    bool isRefused = false;
+};
+
+constexpr Namespace ATOM{"http://www.w3.org/2005/Atom"};
+constexpr Namespace TERMS{"http://purl.org/dc/terms/", "a-prefix-that-needs-memory"};
+constexpr std::string_view END_OF_ROOT = "</root>";
+
+/// A document with everything in it, and with long texts and names of @p size units.
+std::vector<Step> stepsOfDocument(std::size_t size)
+{
+    static const Fragment FRAGMENT = Fragment::trusted("<raw/>");
+    const std::string text = std::string(size, 'x') + "\r<\u00E9";
+    const std::string name(size / 8 + 1, 'n');
+    std::vector<Step> steps = {
+        {[](Document& d, Elements&) { d.doctype("root", "-//A//B", "a'b"); }},
+        {[](Document& d, Elements&) { d.comment("before"); }},
+        {[](Document& d, Elements& e) {
+            e[0] = d.root({ATOM, "root"});
+        }},
+        {[](Document&, Elements& e) { e[0]->declare(TERMS); }},
+        {[=](Document&, Elements& e) { e[0]->attribute("a", "\t" + text); }},
+        {[](Document&, Elements& e) { e[0]->attribute("a", 1); }, true},
+        {[](Document&, Elements& e) {
+            e[0]->attribute({TERMS, "a"}, 0.5);
+        }},
+        {[](Document&, Elements& e) {
+            e[0]->attribute({Namespace("urn:b", "b"), "a"}, true);
+        }},
+        {[](Document&, Elements& e) { e[0]->comment("c").instruction("p", "d"); }},
+        {[=](Document&, Elements& e) { e[0]->add(name, text); }},
+        {[](Document& d, Elements&) { d.flush(); }},
+        {[=](Document&, Elements& e) { e[1] = e[0]->child(name); }},
+        {[=](Document&, Elements& e) { e[1]->base64(text.data(), text.size()); }},
+        {[=](Document&, Elements& e) { e[1]->cdata(text); }},
+        {[](Document&, Elements& e) { e[1]->raw(FRAGMENT); }},
+        {[](Document&, Elements& e) { e[1]->text("\x01"); }, true},
+    };
+    for (std::size_t level = 1; level <= LEVELS; ++level) {
+        steps.push_back({[=](Document&, Elements& e) { e[level + 1] = e[level]->child(name); }});
+        steps.push_back({[=](Document&, Elements& e) { e[level + 1]->text(name); }});
+        // The destructor ends it.
+        steps.push_back({[=](Document&, Elements& e) { e[level + 1].reset(); }});
+        steps.push_back({[=](Document&, Elements& e) {
+            e[level + 1] = e[level]->child({ATOM, "deep"});
+        }});
+    }
+    steps.push_back({[](Document&, Elements& e) { e[0]->end(); }});
+    steps.push_back({[](Document& d, Elements&) { d.comment("after"); }});
+    steps.push_back({[](Document& d, Elements&) { d.finish(); }});
+    return steps;
+}
+
+void expectRefused(const std::function<void()>& call)
+{
+    EXPECT_THROW(call(), Error);
+}
+
+/// Whether every call but reset() is refused; else none may be.
+bool isBrokenOff(Document& document, Elements& elements)
+{
+    try {
+        document.flush();
+        return false;
+    } catch (const Error&) {
+        expectRefused([&] { document.comment("c"); });
+        expectRefused([&] { document.instruction("p"); });
+        expectRefused([&] { document.doctype("d"); });
+        expectRefused([&] { document.root("r"); });
+        expectRefused([&] { document.finish(); });
+        for (std::optional<Element>& element : elements) {
+            if (element) {
+                expectRefused([&] { element->declare(TERMS); });
+                expectRefused([&] { element->attribute("z", 1); });
+                expectRefused([&] { element->text("t"); });
+                expectRefused([&] { element->cdata("t"); });
+                expectRefused([&] { element->base64("", 0); });
+                expectRefused([&] { element->comment("c"); });
+                expectRefused([&] { element->instruction("p"); });
+                expectRefused([&] { element->raw(Fragment::of("")); });
+                expectRefused([&] { element->child("c"); });
+                expectRefused([&] { element->add("c", "t"); });
+                expectRefused([&] { element->end(); });
+            }
+        }
+        return true;
+    }
+}
+
+void make(const Step& step, Document& document, Elements& elements)
+{
+    try {
+        step.call(document, elements);
+        EXPECT_FALSE(step.isRefused);
+    } catch (const Error&) {
+        if (!step.isRefused) {
+            throw;
+        }
+    }
+}
+
+void write(const std::vector<Step>& steps, Document& document)
+{
+    Elements elements;
+    for (const Step& step : steps) {
+        make(step, document, elements);
+    }
+}
+
+/// Expects that what @p received of @p whole does not look complete.
+void expectIncomplete(std::string_view received, std::string_view whole)
+{
+    EXPECT_TRUE(whole.starts_with(received));
+    EXPECT_LT(received.size(), whole.find(END_OF_ROOT) + END_OF_ROOT.size());
+}
+
+struct ToString
+{
+    std::string text;
+
+    std::string& get() { return text; }
+    std::string_view view() const { return text; }
+    void forget() {}
+};
+
+struct ToFunction
+{
+    std::string text;
+
+    std::function<void(std::string_view)> get()
+    {
+        return [this](std::string_view bytes) { text += bytes; };
+    }
+    std::string_view view() const { return text; }
+    void forget() { text.clear(); }
+};
+
+/// A stream that takes bytes without allocating.
+struct ToStream
+{
+    std::vector<char> bytes = std::vector<char>(1'000'000);
+    std::ospanstream stream{bytes};
+
+    std::ostream& get() { return stream; }
+    std::string_view view() const { return {stream.span().data(), stream.span().size()}; }
+    void forget() { stream.seekp(0); }
+};
+
+template <class Target>
+class DocumentFailures : public testing::Test
+{
+};
+using Targets = testing::Types<ToString, ToFunction, ToStream>;
+TYPED_TEST_SUITE(DocumentFailures, Targets);
+
+TYPED_TEST(DocumentFailures, OfMemoryLeaveItAsItWasOrBreakItOff)
+{
+    const std::vector<Step> steps = stepsOfDocument(9000);
+    TypeParam target;
+    Document whole(target.get());
+    write(steps, whole);
+    std::size_t brokenOff = 0;
+    std::size_t asItWas = 0;
+    failEachAllocation([&](FailingAllocation& failure) {
+        TypeParam failing;
+        std::optional<Document> document;
+        if (failure.during([&] { document.emplace(failing.get()); })) {
+            EXPECT_TRUE(failing.view().empty());
+            return;
+        }
+        Elements elements;
+        for (const Step& step : steps) {
+            const bool hasFailed = failure.during([&] {
+                make(step, *document, elements);
+                if (failure.hasHappened()) {
+                    // An exception needs memory too, of which there is a reserve: the call may
+                    // have been refused in spite of the failure. A destructor keeps what it met.
+                    step.isRefused ? throw std::bad_alloc() : document->finish();
+                }
+            });
+            if (!hasFailed) {
+                continue;
+            }
+            expectIncomplete(failing.view(), target.view());
+            if (isBrokenOff(*document, elements)) {
+                ++brokenOff;
+                expectIncomplete(failing.view(), target.view());
+                document->reset();
+                failing.forget();
+                write(steps, *document);
+                break;
+            }
+            ++asItWas;
+            make(step, *document, elements);
+        }
+        EXPECT_EQ(failing.view(), target.view());
+    });
+    EXPECT_GT(brokenOff, 0);
+    EXPECT_GT(asItWas, 0);
+}
+
+TYPED_TEST(DocumentFailures, DoNotComeOfMemoryOnceADocumentHasBeenWritten)
+{
+    std::vector<Step> steps = stepsOfDocument(9000);
+    std::erase_if(steps, &Step::isRefused);
+    TypeParam target;
+    Document document(target.get());
+    write(steps, document);
+    const std::string first(target.view());
+    EXPECT_EQ(allocationsDuring([&] {
+                  document.reset();
+                  target.forget();
+                  write(steps, document);
+              }),
+              0);
+    EXPECT_EQ(target.view(), first);
+}
+
+TEST(DocumentFailures, ThatWouldNeedMoreMemoryForMoreChildren)
+{
+    Document document([](std::string_view) {});
+    const auto allocations = [&](int children) {
+        document.reset();
+        Element root = document.root("root");
+        return allocationsDuring([&] {
+            for (int i = 0; i < children; ++i) {
+                Element child = root.child({TERMS, "child"});
+                child.attribute({Namespace("urn:b", "b"), "number"}, i).text(0.1 * i);
+                root.comment("c");
+            }
+        });
+    };
+    const std::size_t few = allocations(1000);
+    EXPECT_GT(few, 0);
+    EXPECT_EQ(allocations(100'000), 0);
+}
+
+} // namespace
+
+} // namespace tarn::tests
