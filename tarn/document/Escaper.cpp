@@ -66,7 +66,8 @@ const std::u16string& Escaper::escape(std::string_view value, std::u16string_vie
     std::u16string_view rest = units;
     while (!rest.empty()) {
         const std::size_t length = std::min(rest.find_first_of(referenced), rest.size());
-        writer->writeValue(std::u16string(rest.substr(0, length)));
+        piece = rest.substr(0, length);
+        writer->writeValue(piece);
         rest.remove_prefix(length);
         if (!rest.empty()) {
             writer->writeRawXml(referenceTo(rest.front()));

@@ -58,7 +58,9 @@ private:
     /// @returns @p value as markup, which stays until the next call.
     const std::u16string& escape(std::string_view value, std::u16string_view referenced);
 
+    // Kept to reuse their storage.
     std::u16string units;
+    std::u16string piece;
     std::u16string markup;
     /// Writes to `markup`. Made when it is needed, because it is large.
     std::optional<utils::XmlWriter> writer;

@@ -80,7 +80,7 @@ public:
     }
     /// A name in @p space.
     constexpr Name(const Namespace& space, std::string_view localName)
-        : local(localName), uriText(space.uri()), prefixText(space.prefix())
+        : local(localName), uriText(space.uri()), prefixText(space.prefix()), inNamespace(true)
     {
         check();
     }
@@ -92,7 +92,7 @@ public:
     /// The prefix that its namespace wishes for; empty for none.
     constexpr std::string_view prefix() const { return prefixText; }
     /// Whether it was given with a namespace, even with one whose name is empty.
-    constexpr bool hasNamespace() const { return uriText.data() != nullptr; }
+    constexpr bool hasNamespace() const { return inNamespace; }
     /// Whether the compiler has checked it, and its namespace.
     constexpr bool isChecked() const { return checked; }
 
@@ -110,6 +110,7 @@ private:
     std::string_view local;
     std::string_view uriText;
     std::string_view prefixText;
+    bool inNamespace = false;
     bool checked = false;
 };
 

@@ -74,7 +74,7 @@ void Value::assign(const Text& text, Unrepresentable unrepresentable)
     }
     if (text.textKind() == Text::Kind::Utf16) {
         convert(text.utf16(), unrepresentable);
-        view = own;
+        view = converted;
     } else {
         view = text.utf8();
     }
@@ -85,9 +85,9 @@ void Value::assign(const Text& text, Unrepresentable unrepresentable)
         return;
     }
     if (unrepresentable == Unrepresentable::replace) {
-        replace(std::string(view));
-        view = own;
-        classes = text::classifyUtf8(own.data(), own.data() + own.size()).classes;
+        replace(view);
+        view = replaced;
+        classes = text::classifyUtf8(view.data(), view.data() + view.size()).classes;
     } else if (classified.read != last) {
         throw Refusal{"ill-formed UTF-8 at byte " + std::to_string(classified.read - view.data())};
     } else {
@@ -97,12 +97,12 @@ void Value::assign(const Text& text, Unrepresentable unrepresentable)
 
 void Value::convert(std::u16string_view text, Unrepresentable unrepresentable)
 {
-    own.clear();
+    converted.clear();
     const char16_t* first = text.data();
     const char16_t* const last = first + text.size();
     while (true) {
-        const std::size_t used = own.size();
-        own.resize_and_overwrite(
+        const std::size_t used = converted.size();
+        converted.resize_and_overwrite(
             used + text::encodedUtf8Bound(static_cast<std::size_t>(last - first)),
             [&](char* bytes, std::size_t) noexcept {
                 const auto encoded = text::encodeUtf8(first, last, bytes + used);
@@ -115,26 +115,26 @@ void Value::convert(std::u16string_view text, Unrepresentable unrepresentable)
         if (unrepresentable == Unrepresentable::refuse) {
             throw Refusal{"ill-formed UTF-16 at code unit " + std::to_string(first - text.data())};
         }
-        own += REPLACEMENT_CHARACTER;
+        converted += REPLACEMENT_CHARACTER;
         ++first;
     }
 }
 
 void Value::replace(std::string_view text)
 {
-    own.clear();
+    replaced.clear();
     while (!text.empty()) {
         const char* const last = text.data() + text.size();
         const auto wellFormed =
             static_cast<std::size_t>(text::classifyUtf8(text.data(), last).read - text.data());
         for (std::size_t place = 0; place < wellFormed;) {
             const std::size_t length = forbiddenLength(text.substr(place));
-            own += length == 0 ? text.substr(place, 1) : REPLACEMENT_CHARACTER;
+            replaced += length == 0 ? text.substr(place, 1) : REPLACEMENT_CHARACTER;
             place += std::max<std::size_t>(length, 1);
         }
         text.remove_prefix(wellFormed);
         if (!text.empty()) {
-            own += REPLACEMENT_CHARACTER;
+            replaced += REPLACEMENT_CHARACTER;
             text.remove_prefix(illFormedLength(text));
         }
     }

@@ -37,14 +37,15 @@ public:
     bool has(unsigned some) const { return (classes & some) != 0; }
 
 private:
-    /// Converts to `own`.
+    /// Makes `converted` of @p text.
     void convert(std::u16string_view text, Unrepresentable unrepresentable);
-    /// Makes `own` of @p text, with replacements.
+    /// Makes `replaced` of @p text.
     void replace(std::string_view text);
 
     std::string_view view;
     text::CharacterClasses classes = text::NO_CLASSES;
-    std::string own;
+    std::string converted;
+    std::string replaced;
 };
 
 } // namespace tarn::document::detail

@@ -399,6 +399,53 @@ TEST(Document, NeverLooksCompleteUntilItIsFinished)
     EXPECT_EQ(target, "<r><c>" + std::string(10'000, 'x') + "</c></r><!--c-->");
 }
 
+TEST(Document, EndsTheElementsThatNoExceptionPasses)
+{
+    struct WritesWhenItIsDestroyed
+    {
+        Element& parent;
+
+        ~WritesWhenItIsDestroyed()
+        {
+            Element late = parent.child("late");
+            late.child("inner").text("t");
+        }
+    };
+    const Case cases[] = {
+        // Caught inside: the elements around end as always.
+        {[](Element& r) {
+             Element a = r.child("a");
+             EXPECT_THROW(throw std::runtime_error(""), std::runtime_error);
+             a.text("t");
+         },
+         "<r><a>t</a>"},
+        {[](Element& r) {
+             try {
+                 Element a = r.child("a");
+                 const WritesWhenItIsDestroyed late{a};
+                 throw std::runtime_error("");
+             } catch (const std::runtime_error&) {
+             }
+         },
+         "<r><a><late><inner>t</inner></late>"},
+        // The element that the chain has begun stays.
+        {[](Element& r) {
+             Element a = r.child("a");
+             EXPECT_THROW(r.child("b").text("\x01").text("t"), Error);
+             EXPECT_THROW(a.text("t"), Error);
+         },
+         "<r><a/><b"},
+    };
+    for (const auto& [write, text] : cases) {
+        std::string target;
+        Document document(target, COMPACT);
+        Element root = document.root("r");
+        write(root);
+        document.flush();
+        EXPECT_EQ(target, text);
+    }
+}
+
 TEST(Document, IsBrokenOffIfTheTargetFails)
 {
     std::size_t room = 9010;
@@ -454,13 +501,14 @@ TEST(Document, KeepsWhatADestructorMeetsForFinish)
             }
         },
         COMPACT);
-    {
+    const auto writeUntilFull = [&] {
         Element root = document.root("r");
         // With the start tag of the next child a whole batch, and with its end more.
         root.child("c").text(std::string(8182, 'x')).text(std::string(8189, 'x'));
         isFull = true;
         const Element other = root.child("d");
-    }
+    };
+    writeUntilFull();
     isFull = false;
     try {
         document.finish();
@@ -468,6 +516,13 @@ TEST(Document, KeepsWhatADestructorMeetsForFinish)
     } catch (const std::runtime_error& error) {
         EXPECT_EQ(error.what(), "no room"s);
     }
+    // Of no concern to the next document.
+    document.reset();
+    writeUntilFull();
+    isFull = false;
+    document.reset();
+    document.root("r");
+    EXPECT_NO_THROW(document.finish());
 }
 
 TEST(Document, TellsNamesFromWhatIsNone)

@@ -26,9 +26,9 @@ namespace {
 
 using namespace document;
 
-constexpr std::size_t LEVELS = 30;
+constexpr std::size_t MOST_LEVELS = 30;
 
-using Elements = std::array<std::optional<Element>, LEVELS + 2>;
+using Elements = std::array<std::optional<Element>, MOST_LEVELS + 2>;
 
 /// One call, so that it can be made again when it has failed.
 struct Step
@@ -41,11 +41,12 @@ constexpr Namespace ATOM{"http://www.w3.org/2005/Atom"};
 constexpr Namespace TERMS{"http://purl.org/dc/terms/", "a-prefix-that-needs-memory"};
 constexpr std::string_view END_OF_ROOT = "</root>";
 
-/// A document with everything in it, and with long texts and names of @p size units.
-std::vector<Step> stepsOfDocument(std::size_t size)
+/// A document with everything in it: texts of @p size units, names in proportion, @p levels of
+/// elements.
+std::vector<Step> stepsOfDocument(std::size_t size, std::size_t levels)
 {
     static const Fragment FRAGMENT = Fragment::trusted("<raw/>");
-    const std::string text = std::string(size, 'x') + "\r<\u00E9";
+    const std::string text = "\t" + std::string(size, 'x') + "\r<\u00E9";
     const std::string name(size / 8 + 1, 'n');
     std::vector<Step> steps = {
         {[](Document& d, Elements&) { d.doctype("root", "-//A//B", "a'b"); }},
@@ -54,7 +55,7 @@ std::vector<Step> stepsOfDocument(std::size_t size)
             e[0] = d.root({ATOM, "root"});
         }},
         {[](Document&, Elements& e) { e[0]->declare(TERMS); }},
-        {[=](Document&, Elements& e) { e[0]->attribute("a", "\t" + text); }},
+        {[=](Document&, Elements& e) { e[0]->attribute("a", text); }},
         {[](Document&, Elements& e) { e[0]->attribute("a", 1); }, true},
         {[](Document&, Elements& e) {
             e[0]->attribute({TERMS, "a"}, 0.5);
@@ -71,7 +72,7 @@ std::vector<Step> stepsOfDocument(std::size_t size)
         {[](Document&, Elements& e) { e[1]->raw(FRAGMENT); }},
         {[](Document&, Elements& e) { e[1]->text("\x01"); }, true},
     };
-    for (std::size_t level = 1; level <= LEVELS; ++level) {
+    for (std::size_t level = 1; level <= levels; ++level) {
         steps.push_back({[=](Document&, Elements& e) { e[level + 1] = e[level]->child(name); }});
         steps.push_back({[=](Document&, Elements& e) { e[level + 1]->text(name); }});
         // The destructor ends it.
@@ -190,7 +191,7 @@ TYPED_TEST_SUITE(DocumentFailures, Targets);
 
 TYPED_TEST(DocumentFailures, OfMemoryLeaveItAsItWasOrBreakItOff)
 {
-    const std::vector<Step> steps = stepsOfDocument(9000);
+    const std::vector<Step> steps = stepsOfDocument(9000, MOST_LEVELS);
     TypeParam target;
     Document whole(target.get());
     write(steps, whole);
@@ -213,6 +214,9 @@ TYPED_TEST(DocumentFailures, OfMemoryLeaveItAsItWasOrBreakItOff)
                     step.isRefused ? throw std::bad_alloc() : document->finish();
                 }
             });
+            if (testing::Test::HasFailure()) {
+                return;
+            }
             if (!hasFailed) {
                 continue;
             }
@@ -236,7 +240,7 @@ TYPED_TEST(DocumentFailures, OfMemoryLeaveItAsItWasOrBreakItOff)
 
 TYPED_TEST(DocumentFailures, DoNotComeOfMemoryOnceADocumentHasBeenWritten)
 {
-    std::vector<Step> steps = stepsOfDocument(9000);
+    std::vector<Step> steps = stepsOfDocument(9000, MOST_LEVELS);
     std::erase_if(steps, &Step::isRefused);
     TypeParam target;
     Document document(target.get());
@@ -268,6 +272,153 @@ TEST(DocumentFailures, ThatWouldNeedMoreMemoryForMoreChildren)
     const std::size_t few = allocations(1000);
     EXPECT_GT(few, 0);
     EXPECT_EQ(allocations(100'000), 0);
+}
+
+/// Takes so many bytes and flushes so often; then it fails until it is repaired.
+class FailingBuffer : public std::streambuf
+{
+public:
+    enum class Failure
+    {
+        Refusing,
+        Throwing
+    };
+
+    FailingBuffer(Failure failure, std::size_t bytes, std::size_t flushes)
+        : failure(failure), bytesLeft(bytes), flushesLeft(flushes)
+    {
+    }
+
+    void repair() { bytesLeft = flushesLeft = std::numeric_limits<std::size_t>::max(); }
+
+    std::string taken;
+
+protected:
+    std::streamsize xsputn(const char* bytes, std::streamsize count) override
+    {
+        const std::string_view all(bytes, static_cast<std::size_t>(count));
+        const std::string_view fitting = all.substr(0, bytesLeft);
+        taken += fitting;
+        bytesLeft -= fitting.size();
+        return fitting == all ? count : fail(static_cast<std::streamsize>(fitting.size()));
+    }
+    int sync() override { return flushesLeft == 0 ? fail(-1) : (--flushesLeft, 0); }
+
+private:
+    template <class Result>
+    Result fail(Result result) const
+    {
+        return failure == Failure::Throwing ? throw std::runtime_error("failing") : result;
+    }
+
+    Failure failure;
+    std::size_t bytesLeft;
+    std::size_t flushesLeft;
+};
+
+/// Writes @p steps, each of which is flushed, until a call throws, and once more when @p repair has
+/// been called. Returns whether one threw.
+bool writeWithRepair(const std::vector<Step>& steps, Document& document,
+                     const std::function<void()>& repair)
+{
+    Elements elements;
+    bool hasThrown = false;
+    try {
+        for (const Step& step : steps) {
+            make(step, document, elements);
+            if (&step != &steps.back()) {
+                document.flush();
+            }
+        }
+    } catch (const std::exception&) {
+        hasThrown = true;
+        EXPECT_TRUE(isBrokenOff(document, elements));
+        repair();
+        document.reset();
+        write(steps, document);
+    }
+    return hasThrown;
+}
+
+TEST(DocumentFailures, OfAStreamBreakItOff)
+{
+    using Failure = FailingBuffer::Failure;
+    const std::vector<Step> steps = stepsOfDocument(8, 2);
+    ToString whole;
+    Document good(whole.get());
+    write(steps, good);
+    const auto expectBrokenOff = [&](std::size_t bytes, std::size_t flushes) {
+        for (const Failure failure : {Failure::Refusing, Failure::Throwing}) {
+            for (const std::ios::iostate thrown : {std::ios::goodbit, std::ios::badbit}) {
+                SCOPED_TRACE(testing::Message() << bytes << " bytes, " << flushes << " flushes");
+                FailingBuffer buffer(failure, bytes, flushes);
+                std::ostream stream(&buffer);
+                stream.exceptions(thrown);
+                Document document(stream);
+                EXPECT_TRUE(writeWithRepair(steps, document, [&] {
+                    if (bytes < whole.text.find(END_OF_ROOT)) {
+                        expectIncomplete(buffer.taken, whole.text);
+                    }
+                    stream.clear();
+                    buffer.repair();
+                    buffer.taken.clear();
+                }));
+                EXPECT_EQ(buffer.taken, whole.text);
+            }
+        }
+    };
+    for (std::size_t bytes = 0; bytes < whole.text.size(); ++bytes) {
+        expectBrokenOff(bytes, whole.text.size());
+    }
+    // Each step is flushed, and finish() flushes once more.
+    for (std::size_t flushes = 0; flushes < steps.size(); ++flushes) {
+        expectBrokenOff(whole.text.size(), flushes);
+    }
+}
+
+TEST(DocumentFailures, OfAFunctionBreakItOff)
+{
+    const std::vector<Step> steps = stepsOfDocument(8, 2);
+    ToFunction whole;
+    Document good(whole.get());
+    write(steps, good);
+    bool hasThrown = true;
+    for (std::size_t calls = 0; hasThrown; ++calls) {
+        SCOPED_TRACE(calls);
+        std::string taken;
+        std::size_t callsLeft = calls;
+        Document document([&](std::string_view bytes) {
+            if (callsLeft == 0) {
+                throw std::runtime_error("failing");
+            }
+            --callsLeft;
+            taken += bytes;
+        });
+        hasThrown = writeWithRepair(steps, document, [&] {
+            expectIncomplete(taken, whole.text);
+            callsLeft = std::numeric_limits<std::size_t>::max();
+            taken.clear();
+        });
+        EXPECT_EQ(taken, whole.text);
+        EXPECT_TRUE(hasThrown || calls > 1);
+    }
+}
+
+TEST(DocumentFailures, OfAFullDiskAreToldAtOnceOrInTheEnd)
+{
+    for (const std::size_t size : {1, 100'000}) {
+        std::ofstream file("/dev/full");
+        Document document(file);
+        Element root = document.root("root");
+        const std::string text(size, 'x');
+        if (size > 1) {
+            EXPECT_THROW(root.text(text), Error);
+        } else {
+            root.text(text);
+        }
+        EXPECT_THROW(document.finish(), Error);
+        EXPECT_THROW(document.finish(), Error);
+    }
 }
 
 } // namespace

@@ -3,6 +3,7 @@
 
 #include <cstddef>
 #include <gtest/gtest.h>
+#include <limits>
 #include <new>
 #include <utility>
 
@@ -31,6 +32,9 @@ public:
 
     /// Whether an allocation has failed.
     bool hasHappened() const { return happened; }
+
+    /// How many more are to succeed.
+    std::size_t successesLeft() const { return successes; }
 
     /// Does @p work, whose allocations count. It must throw `std::bad_alloc` if one of them fails,
     /// and nothing else.
@@ -64,6 +68,16 @@ private:
     Extent extent;
     bool happened = false;
 };
+
+/// @returns how many allocations @p work makes.
+template <class Work>
+std::size_t allocationsDuring(Work work)
+{
+    constexpr std::size_t ALL = std::numeric_limits<std::size_t>::max();
+    FailingAllocation counting(ALL, FailingAllocation::Extent::One);
+    counting.during(work);
+    return ALL - counting.successesLeft();
+}
 
 /// Calls @p run with a FailingAllocation for the first allocation that it makes, for the second,
 /// and so on until there is none to fail; and again with all further ones failing too. Nothing may
