@@ -2,6 +2,7 @@
 // docs/guide.md.
 #include <tarn/document/Document.hpp>
 
+#include <chrono>
 #include <fstream>
 #include <functional>
 #include <iostream>
@@ -46,6 +47,7 @@ void showText()
     SHOW(root.attribute("note", "caf\xE9"));
     SHOW(root.add("name", u"ab\xD800"));
     SHOW(root.text(static_cast<const char*>(nullptr)));
+    SHOW(root.add("when", std::chrono::sys_time(std::chrono::duration<double>(1e30))));
     SHOW(root.base64(nullptr, 1));
     SHOW(Fragment::of("\xFF"));
     SHOW(Fragment::trusted("<b>\x02</b>"));
@@ -93,6 +95,7 @@ void showDoctypes()
     SHOW(document.reset(); document.doctype(Name(Namespace("urn:a", "a"), "root")));
     SHOW(document.reset(); document.doctype("root", "-//A//B"));
     SHOW(document.reset(); document.doctype("root", "<", "root.dtd"));
+    SHOW(document.reset(); document.doctype("root", "A  B", "root.dtd"));
     SHOW(document.reset(); document.doctype("root", "", "\"'"));
     SHOW(document.reset(); document.doctype("root", "", "a\rb"));
 }

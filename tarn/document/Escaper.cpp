@@ -66,7 +66,8 @@ const std::u16string& Escaper::escape(std::string_view value, std::u16string_vie
     std::u16string_view rest = units;
     while (!rest.empty()) {
         const std::size_t length = std::min(rest.find_first_of(referenced), rest.size());
-        piece = rest.substr(0, length);
+        piece.clear();
+        piece += rest.substr(0, length); // to assign it allocates with Clang 14
         writer->writeValue(piece);
         rest.remove_prefix(length);
         if (!rest.empty()) {

@@ -72,10 +72,13 @@ void requireIdentifiers(std::string_view publicId, std::string_view systemId)
     if (!publicId.empty() && systemId.empty()) {
         throw Refusal{"a public identifier needs a system identifier"};
     }
-    const bool isInOneWay = publicId.find("  ") == std::string_view::npos &&
-                            !publicId.starts_with(' ') && !publicId.ends_with(' ');
-    if (!canBe(PUBLIC_ID, publicId) || !isInOneWay) {
-        throw Refusal{quoted(publicId) + " is not a public identifier that a parser gives back"};
+    if (!canBe(PUBLIC_ID, publicId)) {
+        throw Refusal{quoted(publicId) + " is not a public identifier"};
+    }
+    if (publicId.find("  ") != std::string_view::npos || publicId.starts_with(' ') ||
+        publicId.ends_with(' ')) {
+        throw Refusal{"a public identifier cannot begin or end with a blank, or have two in a "
+                      "row: no parser gives it back"};
     }
     if (systemId.find('"') != std::string_view::npos &&
         systemId.find('\'') != std::string_view::npos) {

@@ -47,6 +47,7 @@ std::vector<Step> stepsOfDocument(std::size_t size, std::size_t levels)
 {
     static const Fragment FRAGMENT = Fragment::trusted("<raw/>");
     const std::string text = "\t" + std::string(size, 'x') + "\r<\u00E9";
+    const std::u16string utf16(size, u'x');
     const std::string name(size / 8 + 1, 'n');
     std::vector<Step> steps = {
         {[](Document& d, Elements&) { d.doctype("root", "-//A//B", "a'b"); }},
@@ -69,6 +70,7 @@ std::vector<Step> stepsOfDocument(std::size_t size, std::size_t levels)
         {[=](Document&, Elements& e) { e[1] = e[0]->child(name); }},
         {[=](Document&, Elements& e) { e[1]->base64(text.data(), text.size()); }},
         {[=](Document&, Elements& e) { e[1]->cdata(text); }},
+        {[=](Document&, Elements& e) { e[1]->text(utf16); }},
         {[](Document&, Elements& e) { e[1]->raw(FRAGMENT); }},
         {[](Document&, Elements& e) { e[1]->text("\x01"); }, true},
     };
