@@ -99,14 +99,15 @@ const Results::Measurement* Results::find(const std::string& document,
     return found == measurements.end() ? nullptr : &found->second;
 }
 
-std::optional<double> Results::ratio(const std::string& document, const std::string& writer) const
+std::optional<double> Results::ratio(const std::string& document, const std::string& writer,
+                                     const std::string& other) const
 {
-    const Measurement* const theirs = find(document, writer);
-    const Measurement* const ours = find(document, OURS);
-    if (theirs == nullptr || ours == nullptr) {
+    const Measurement* const one = find(document, writer);
+    const Measurement* const two = find(document, other);
+    if (one == nullptr || two == nullptr) {
         return std::nullopt;
     }
-    return theirs->medianNanoseconds / ours->medianNanoseconds;
+    return one->medianNanoseconds / two->medianNanoseconds;
 }
 
 bool Results::has(std::string_view peer) const

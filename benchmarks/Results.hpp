@@ -24,6 +24,10 @@ inline constexpr const char* OURS = "tarn";
 inline constexpr Peer PEERS[] = {
     {"qt", "Qt"}, {"libxml2", "libxml2"}, {"tinyxml2", "tinyxml2"}, {"pugixml", "pugixml"}};
 
+/// The names of the checked layer, fed UTF-8 and fed UTF-16.
+inline constexpr const char* LAYER = "tarn document";
+inline constexpr const char* LAYER_FED_UTF16 = "tarn document UTF-16";
+
 /// The same bytes by the least code that makes them.
 inline constexpr Peer BY_HAND = {"by-hand", "by hand"};
 
@@ -48,8 +52,9 @@ public:
     /// @return null if the writer did not write the document.
     const Measurement* find(const std::string& document, const std::string& writer) const;
 
-    /// @return the median time of @p writer over ours.
-    std::optional<double> ratio(const std::string& document, const std::string& writer) const;
+    /// @return the median time of @p writer over that of @p other.
+    std::optional<double> ratio(const std::string& document, const std::string& writer,
+                                const std::string& other = OURS) const;
 
     /// @return true if @p peer wrote any document.
     bool has(std::string_view peer) const;

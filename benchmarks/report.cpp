@@ -1,5 +1,6 @@
 // Usage: benchmark-report RESULTS.json
-// Prints what benchmark-writers measured: the time of each other writer over the time of XmlWriter.
+// Prints what benchmark-writers measured: the time of each other writer over the time of XmlWriter,
+// and over that of the checked layer.
 #include "benchmarks/Results.hpp"
 
 #include <algorithm>
@@ -19,9 +20,10 @@ std::string fixed(double value, int decimals)
     return text.str();
 }
 
-std::string ratioCell(const Results& results, const std::string& document, const Peer& peer)
+std::string ratioCell(const Results& results, const std::string& document, const Peer& peer,
+                      const char* ours)
 {
-    const std::optional<double> ratio = results.ratio(document, std::string(peer.name));
+    const std::optional<double> ratio = results.ratio(document, std::string(peer.name), ours);
     if (!ratio) {
         return results.has(peer.name) ? "other output" : "absent";
     }
@@ -52,10 +54,10 @@ std::string threadsCell(const Results& results, const std::string& document)
     return ratio ? fixed(2 * *ratio, 2) : "";
 }
 
-/// The largest variation among the writers of one document.
-std::string variationCell(const Results& results, const std::string& document)
+/// The largest variation among @p ours and the other writers of one document.
+std::string variationCell(const Results& results, const std::string& document, const char* ours)
 {
-    double largest = results.find(document, OURS)->variation;
+    double largest = results.find(document, ours)->variation;
     for (const Peer& peer : PEERS) {
         if (const auto* const measured = results.find(document, std::string(peer.name))) {
             largest = std::max(largest, measured->variation);
@@ -66,29 +68,64 @@ std::string variationCell(const Results& results, const std::string& document)
 
 using Row = std::vector<std::string>;
 
-std::vector<Row> table(const Results& results)
+/// The beginning of a heading, up to the other writers.
+Row headingWithPeers(const Results& results)
 {
     Row heading{"document", "MB/s"};
     for (const Peer& peer : PEERS) {
         const std::string version = results.context(std::string(peer.name));
         heading.push_back(std::string(peer.title) + (version.empty() ? "" : ' ' + version));
     }
+    return heading;
+}
+
+/// The beginning of a row, up to the other writers; nothing if @p ours did not write the document.
+Row rowWithPeers(const Results& results, const std::string& document, const char* ours)
+{
+    const Results::Measurement* const measured = results.find(document, ours);
+    if (measured == nullptr) {
+        return {};
+    }
+    Row row{document, fixed(measured->megabytesPerSecond, 0)};
+    for (const Peer& peer : PEERS) {
+        row.push_back(ratioCell(results, document, peer, ours));
+    }
+    return row;
+}
+
+std::vector<Row> table(const Results& results)
+{
+    Row heading = headingWithPeers(results);
     heading.insert(heading.end(), {"over by hand", "u16string", "ostream", "2 threads", "spread"});
     std::vector<Row> rows{heading, Row(heading.size())};
     for (const std::string& document : results.documents()) {
-        const Results::Measurement* const ours = results.find(document, OURS);
-        if (ours == nullptr) {
+        Row row = rowWithPeers(results, document, OURS);
+        if (row.empty()) {
             continue;
-        }
-        Row row{document, fixed(ours->megabytesPerSecond, 0)};
-        for (const Peer& peer : PEERS) {
-            row.push_back(ratioCell(results, document, peer));
         }
         row.push_back(byHandCell(results, document));
         row.push_back(otherTargetCell(results, document, "u16string"));
         row.push_back(otherTargetCell(results, document, "ostream"));
         row.push_back(threadsCell(results, document));
-        row.push_back(variationCell(results, document));
+        row.push_back(variationCell(results, document, OURS));
+        rows.push_back(row);
+    }
+    return rows;
+}
+
+std::vector<Row> tableOfLayer(const Results& results)
+{
+    Row heading = headingWithPeers(results);
+    heading.insert(heading.end(), {"over XmlWriter", "from UTF-16", "spread"});
+    std::vector<Row> rows{heading, Row(heading.size())};
+    for (const std::string& document : results.documents()) {
+        Row row = rowWithPeers(results, document, LAYER);
+        if (row.empty()) {
+            continue;
+        }
+        row.push_back(fixed(results.ratio(document, LAYER, OURS).value_or(0), 2));
+        row.push_back(fixed(results.ratio(document, LAYER_FED_UTF16, LAYER).value_or(0), 2));
+        row.push_back(variationCell(results, document, LAYER));
         rows.push_back(row);
     }
     return rows;
@@ -143,6 +180,12 @@ int main(int argumentCount, char** arguments)
                "writers at once over that of one. spread: the largest standard deviation in the "
                "row.\n\n";
         print(table(results));
+        std::cout
+            << "\nThe same for tarn::document, with all its checks, fed UTF-8. over XmlWriter: "
+               "its time over that\n"
+               "of XmlWriter. from UTF-16: its time when fed UTF-16 over its time when fed "
+               "UTF-8.\n\n";
+        print(tableOfLayer(results));
     } catch (const std::exception& error) {
         std::cerr << "benchmark-report: " << error.what() << '\n';
         return 1;

@@ -27,14 +27,15 @@ install(TARGETS tarn-document EXPORT tarn-document-targets
 install(EXPORT tarn-document-targets NAMESPACE tarn:: DESTINATION ${package_dir}
     COMPONENT document-development)
 
-# The guide, and beside it the examples that it links to.
+# The guide, and beside it the examples and the page that it links to.
 set(guide ${PROJECT_SOURCE_DIR}/docs/guide.md)
 set(doc_dir ${CMAKE_INSTALL_DATADIR}/doc/libtarn-utils-dev)
 set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS ${guide})
 file(READ ${guide} text)
 string(REPLACE "](../examples" "](examples" text "${text}")
 file(WRITE ${PROJECT_BINARY_DIR}/guide.md "${text}")
-install(FILES ${PROJECT_BINARY_DIR}/guide.md DESTINATION ${doc_dir})
+install(FILES ${PROJECT_BINARY_DIR}/guide.md ${PROJECT_SOURCE_DIR}/docs/comparison.md
+    DESTINATION ${doc_dir})
 file(GLOB examples CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/examples/*.cpp)
 install(FILES ${examples} DESTINATION ${doc_dir}/examples)
 

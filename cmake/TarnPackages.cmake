@@ -65,6 +65,8 @@ tarn_library_packages(libtarn-utils library development "" "streaming, namespace
 write a value, end the element. It takes UTF-16 strings, chooses and
 declares namespace prefixes by itself, escapes, indents, and writes UTF-16
 to a string or UTF-8 to a byte string or a stream.")
+# The guide and the examples are about both libraries.
+set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_SUGGESTS libtarn-document-dev)
 tarn_library_packages(libtarn-document document document-development
     ", libtarn-utils-dev (= ${debian_version})" "checked, namespace-aware XML writer for UTF-8"
     "The library writes XML from calls on a document and its elements. It takes
