@@ -110,6 +110,9 @@ void Document::Impl::finish()
 
 void Document::Impl::reset()
 {
+    if (output.isHandingOver()) {
+        requireUsable();
+    }
     output.reset();
     stage = Stage::BeforeRoot;
     hasDoctype = false;
@@ -175,7 +178,7 @@ void Document::finish()
 
 void Document::reset()
 {
-    impl->reset();
+    impl->run({}, [&] { impl->reset(); });
 }
 
 } // namespace tarn::document

@@ -237,7 +237,8 @@ private:
 class TARN_EXPORT Document
 {
 public:
-    /// Empties @p target, which must outlive the document and receives UTF-8.
+    /// Empties @p target, which must outlive the document and receives UTF-8. No text that is given
+    /// to the document may be a view of it.
     explicit Document(std::string& target TARN_LIFETIMEBOUND, Options options = {});
     /// Appends UTF-8 to @p target, which must outlive the document.
     explicit Document(std::ostream& target TARN_LIFETIMEBOUND, Options options = {});

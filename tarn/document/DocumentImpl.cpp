@@ -43,6 +43,9 @@ std::string Document::Impl::pathTo(const Place& place)
 
 void Document::Impl::requireUsable() const
 {
+    if (output.isHandingOver()) {
+        throw Refusal{"the target cannot call the document that it receives"};
+    }
     if (stage == Stage::Finished) {
         throw Refusal{"the document is finished; only reset() works"};
     }
@@ -225,9 +228,8 @@ void Document::Impl::writeBase64Rest()
     if (base64RestSize > 0) {
         const std::size_t missing = 3 - std::exchange(base64RestSize, 0);
         std::fill_n(base64Rest + 3 - missing, missing, static_cast<unsigned char>(0));
-        char* const out = output.room(4);
         writeWholeBase64(base64Rest, 3);
-        std::fill_n(out + 4 - missing, missing, '=');
+        std::fill_n(output.room(0) - missing, missing, '=');
     }
 }
 

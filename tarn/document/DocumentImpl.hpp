@@ -64,6 +64,7 @@ public:
     std::uint64_t root(const Name& name);
     void flush();
     void finish();
+    /// Throws Refusal only if the target calls it.
     void reset();
 
     void declare(Handle element, const Namespace& space);
@@ -161,7 +162,7 @@ private:
     void requireUsable() const;
     void requireOpen(Handle element) const
     {
-        if (stage != Stage::InRoot || !isOpen(element)) {
+        if (stage != Stage::InRoot || !isOpen(element) || output.isHandingOver()) {
             refuseEnded();
         }
     }

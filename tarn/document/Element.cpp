@@ -204,7 +204,7 @@ void Document::Impl::end(Handle element)
 
 void Document::Impl::endInDestructor(Handle element) noexcept
 {
-    if (stage != Stage::InRoot || !isOpen(element)) {
+    if (stage != Stage::InRoot || !isOpen(element) || output.isHandingOver()) {
         return;
     }
     try {

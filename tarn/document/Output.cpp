@@ -83,6 +83,14 @@ void Output::handOver(std::string_view bytes)
         (*stream)->write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
         requireGood(**stream);
     } else {
+        // Whatever it throws breaks the document off.
+        struct Mark
+        {
+            explicit Mark(bool& flag) : flag(flag) { flag = true; }
+            ~Mark() { flag = false; }
+            bool& flag;
+        };
+        const Mark mark(handingOver);
         std::get<std::function<void(std::string_view)>>(target)(bytes);
     }
 }

@@ -56,6 +56,9 @@ public:
         }
     }
 
+    /// Whether the target is being called.
+    bool isHandingOver() const { return handingOver; }
+
     /// What is written from here on waits for complete().
     void hold();
     /// Hands over everything that does not wait, and flushes a stream.
@@ -71,6 +74,7 @@ private:
     void handOver(std::string_view bytes);
 
     Bytes batch;
+    bool handingOver = false;
     bool isHeld = false;
     std::size_t heldFrom = 0;
     Target target;

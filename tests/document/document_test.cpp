@@ -500,6 +500,36 @@ TEST(Document, IsBrokenOffIfTheTargetFails)
     EXPECT_THROW(Document{std::function<void(std::string_view)>()}, Error);
 }
 
+TEST(Document, RefusesCallsByItsTarget)
+{
+    std::function<void()> call;
+    std::string message;
+    Document document(
+        [&](std::string_view) {
+            try {
+                call();
+            } catch (const Error& error) {
+                message = error.what();
+            }
+        },
+        COMPACT);
+    Element root = document.root("r");
+    for (const std::function<void()>& each : std::initializer_list<std::function<void()>>{
+             [&] { root.text("x"); }, [&] { document.flush(); }, [&] { document.reset(); },
+             [&] { document.finish(); }}) {
+        call = each;
+        message.clear();
+        root.child("c");
+        document.flush();
+        EXPECT_TRUE(message.ends_with("the target cannot call the document that it receives"))
+            << message;
+    }
+    call = [&] { const Element gone = std::move(root); };
+    document.flush();
+    call = [] {};
+    document.finish();
+}
+
 TEST(Document, KeepsWhatADestructorMeetsForFinish)
 {
     bool isFull = false;
