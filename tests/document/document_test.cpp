@@ -211,6 +211,7 @@ TEST(Document, WritesTimesOfEveryDuration)
     EXPECT_EQ(textOf(seconds::min()), "-292277022657-01-27T08:29:52Z");
     EXPECT_THROW(textOf(hours::max()), Error);
     EXPECT_THROW(textOf(duration<double>(-1e19)), Error);
+    EXPECT_THROW(textOf(duration<double>(0x1p63)), Error);
     EXPECT_THROW(textOf(duration<double>(std::numeric_limits<double>::quiet_NaN())), Error);
 }
 

@@ -191,16 +191,23 @@ class DocumentFailures : public testing::Test
 using Targets = testing::Types<ToString, ToFunction, ToStream>;
 TYPED_TEST_SUITE(DocumentFailures, Targets);
 
-TYPED_TEST(DocumentFailures, OfMemoryLeaveItAsItWasOrBreakItOff)
+struct Outcomes
 {
-    const std::vector<Step> steps = stepsOfDocument(9000, MOST_LEVELS);
-    TypeParam target;
-    Document whole(target.get());
-    write(steps, whole);
     std::size_t brokenOff = 0;
     std::size_t asItWas = 0;
+    std::size_t inDestructors = 0;
+};
+
+/// Makes each allocation fail in turn while the document is written.
+template <class Target>
+Outcomes outcomesOfFailures(const std::vector<Step>& steps)
+{
+    Target target;
+    Document whole(target.get());
+    write(steps, whole);
+    Outcomes outcomes;
     failEachAllocation([&](FailingAllocation& failure) {
-        TypeParam failing;
+        Target failing;
         std::optional<Document> document;
         if (failure.during([&] { document.emplace(failing.get()); })) {
             EXPECT_TRUE(failing.view().empty());
@@ -213,7 +220,11 @@ TYPED_TEST(DocumentFailures, OfMemoryLeaveItAsItWasOrBreakItOff)
                 if (failure.hasHappened()) {
                     // An exception needs memory too, of which there is a reserve: the call may
                     // have been refused in spite of the failure. A destructor keeps what it met.
-                    step.isRefused ? throw std::bad_alloc() : document->finish();
+                    if (step.isRefused) {
+                        throw std::bad_alloc();
+                    }
+                    ++outcomes.inDestructors;
+                    document->finish();
                 }
             });
             if (testing::Test::HasFailure()) {
@@ -224,20 +235,39 @@ TYPED_TEST(DocumentFailures, OfMemoryLeaveItAsItWasOrBreakItOff)
             }
             expectIncomplete(failing.view(), target.view());
             if (isBrokenOff(*document, elements)) {
-                ++brokenOff;
+                ++outcomes.brokenOff;
                 expectIncomplete(failing.view(), target.view());
                 document->reset();
                 failing.forget();
                 write(steps, *document);
                 break;
             }
-            ++asItWas;
+            ++outcomes.asItWas;
             make(step, *document, elements);
         }
         EXPECT_EQ(failing.view(), target.view());
     });
-    EXPECT_GT(brokenOff, 0);
-    EXPECT_GT(asItWas, 0);
+    return outcomes;
+}
+
+TYPED_TEST(DocumentFailures, OfMemoryLeaveItAsItWasOrBreakItOff)
+{
+    const Outcomes outcomes = outcomesOfFailures<TypeParam>(stepsOfDocument(9000, MOST_LEVELS));
+    EXPECT_GT(outcomes.brokenOff, 0);
+    EXPECT_GT(outcomes.asItWas, 0);
+}
+
+TEST(DocumentFailures, OfMemoryInADestructorAreThrownByFinish)
+{
+    // The destructor ends elements whose tags are longer than all that came before.
+    const std::string name(5000, 'n');
+    std::vector<Step> steps = {{[](Document& d, Elements& e) { e[0] = d.root("root"); }}};
+    for (std::size_t level = 0; level < MOST_LEVELS; ++level) {
+        steps.push_back({[=](Document&, Elements& e) { e[level + 1] = e[level]->child(name); }});
+    }
+    steps.push_back({[](Document&, Elements& e) { e[1].reset(); }});
+    steps.push_back({[](Document& d, Elements&) { d.finish(); }});
+    EXPECT_GT(outcomesOfFailures<ToString>(steps).inDestructors, 0);
 }
 
 TYPED_TEST(DocumentFailures, DoNotComeOfMemoryOnceADocumentHasBeenWritten)

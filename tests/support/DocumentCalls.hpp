@@ -457,7 +457,8 @@ private:
         if (makeOn(slot, "attribute", canBe && isNew && !choice.isWrong && isAllowed(value),
                    [&](Element& on) {
                        value.give([&](const Text& text) { on.attribute(name, text); });
-                   })) {
+                   }) &&
+            element != nullptr) {
             model.attribute(*element, name, value.text);
         }
     }
@@ -693,6 +694,7 @@ private:
             std::size_t slot;
             std::size_t callsInDestructor;
 
+            // NOLINTNEXTLINE(bugprone-exception-escape): what calls throw is caught
             ~Variable()
             {
                 calls.steps(callsInDestructor);
