@@ -57,7 +57,7 @@ struct FourPlaces
 /// short text, where the calls that the kernels take would be most of the work.
 /// @returns the place after them; null if they are not plain, and then what is written is
 /// undefined.
-[[gnu::always_inline]] inline char* copyIfPlainAscii(const char* text, std::size_t size, char* out)
+inline char* copyIfPlainAscii(const char* text, std::size_t size, char* out)
 {
     __m128i notPlain;
     if (size >= 16) {

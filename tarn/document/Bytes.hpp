@@ -14,7 +14,7 @@ namespace tarn::document::detail {
 /// Copies @p size bytes, of which there are between one and two of @p Part, as the first ones and
 /// the last ones, which can be the same in part.
 template <class Part>
-[[gnu::always_inline]] inline void putTwoParts(char* out, const char* text, std::size_t size)
+inline void putTwoParts(char* out, const char* text, std::size_t size)
 {
     Part first;
     Part last;
@@ -26,7 +26,7 @@ template <class Part>
 
 /// Copies @p text to @p out. The short texts that names and values are take no call of a function.
 /// @returns the place after it.
-[[gnu::always_inline]] inline char* put(char* out, std::string_view text)
+inline char* put(char* out, std::string_view text)
 {
     const std::size_t size = text.size();
     if (size > 32) {

@@ -44,7 +44,7 @@ public:
 
     /// Runs one of the operations below. Where that is refused, the Error names @p place.
     template <class Operation>
-    [[gnu::always_inline]] void run(const Place& place, Operation operation)
+    void run(const Place& place, Operation operation)
     {
         try {
             operation();

@@ -321,8 +321,8 @@ class [[gnu::visibility("hidden")]] Element::
 Access{public :
            /// Runs an operation of Document::Impl on @p element.
            template <class Operation>
-           [[gnu::always_inline]] static void run(const Element& element, const Name* name,
-                                                  bool isAttribute, Operation operation){
+           static void run(const Element& element, const Name* name, bool isAttribute,
+                           Operation operation){
                if (element.document == nullptr){throw Error("/: the element was moved from");
 } // namespace tarn::document
 Document::Impl& impl = *element.document->impl;

@@ -29,7 +29,7 @@ public:
         : uriText(uri), prefixText(prefix)
     {
         if (__builtin_is_constant_evaluated()) {
-            if (!detail::isNamespace(uri, prefix)) {
+            if (!detail::isUri(uri) || !detail::areAllowedTogether(uri, prefix)) {
                 detail::theNamespaceNameOrThePrefixIsNotAllowed();
             }
             checked = true;

@@ -20,7 +20,7 @@ public:
     /// Copies a short text to @p out, where there is room for SHORT bytes, if it needs no check but
     /// whether it is plain.
     /// @returns the place after it, or null.
-    [[gnu::always_inline]] static char* putIfPlain(char* out, const Text& text)
+    static char* putIfPlain(char* out, const Text& text)
     {
         const std::string_view bytes = text.utf8();
         return text.textKind() == Text::Kind::Utf8 && bytes.size() <= SHORT

@@ -23,7 +23,7 @@ void refuseName(std::string_view name)
 
 void requireNamespace(std::string_view uri, std::string_view prefix)
 {
-    if (!canBe(URI, uri) || !isNamespace(uri, prefix)) {
+    if (uri.empty() || !canBe(URI, uri) || !areAllowedTogether(uri, prefix)) {
         throw Refusal{quoted(uri) + " with the prefix " + quoted(prefix) +
                       " is not allowed as a namespace"};
     }

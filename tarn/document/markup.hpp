@@ -10,8 +10,7 @@ namespace tarn::document::detail {
 
 inline constexpr std::size_t INDENTATION = 2; ///< In spaces for each element around.
 
-[[gnu::always_inline]] inline char* putName(char* out, std::string_view prefix,
-                                            std::string_view localName)
+inline char* putName(char* out, std::string_view prefix, std::string_view localName)
 {
     if (!prefix.empty()) {
         out = put(out, prefix);

@@ -95,10 +95,11 @@ constexpr bool isUri(std::string_view uri)
     return !uri.empty();
 }
 
-constexpr bool isNamespace(std::string_view uri, std::string_view prefix)
+/// Whether @p uri can have @p prefix, and neither of them is reserved.
+constexpr bool areAllowedTogether(std::string_view uri, std::string_view prefix)
 {
     const bool isXml = uri == XML_URI;
-    return isUri(uri) && (prefix.empty() || isNcName(prefix)) && (prefix == "xml") == isXml &&
+    return (prefix.empty() || isNcName(prefix)) && (prefix == "xml") == isXml &&
            prefix != "xmlns" && uri != XMLNS_URI;
 }
 
