@@ -93,20 +93,20 @@ void* failed() noexcept
 
 } // namespace
 
-// Names of their own for parameters, which the C library gives reserved ones.
-// NOLINTBEGIN(readability-inconsistent-declaration-parameter-name)
+// Exported, so that the shared libraries use them too. Names of their own for parameters, which the
+// C library gives reserved ones. NOLINTBEGIN(readability-inconsistent-declaration-parameter-name)
 
-extern "C" void* malloc(std::size_t size) noexcept
+extern "C" [[gnu::visibility("default")]] void* malloc(std::size_t size) noexcept
 {
     return FailingAllocation::isDue() ? failed() : counted(__libc_malloc(size));
 }
 
-extern "C" void* calloc(std::size_t count, std::size_t size) noexcept
+extern "C" [[gnu::visibility("default")]] void* calloc(std::size_t count, std::size_t size) noexcept
 {
     return FailingAllocation::isDue() ? failed() : counted(__libc_calloc(count, size));
 }
 
-extern "C" void* realloc(void* block, std::size_t size) noexcept
+extern "C" [[gnu::visibility("default")]] void* realloc(void* block, std::size_t size) noexcept
 {
     if (FailingAllocation::isDue()) {
         return failed();
@@ -120,7 +120,7 @@ extern "C" void* realloc(void* block, std::size_t size) noexcept
     return moved;
 }
 
-extern "C" void free(void* block) noexcept
+extern "C" [[gnu::visibility("default")]] void free(void* block) noexcept
 {
     uncount(block);
     __libc_free(block);

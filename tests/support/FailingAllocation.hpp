@@ -96,6 +96,8 @@ void failEachAllocation(Run run)
             hasHappened = failure.hasHappened();
             if (hasHappened) {
                 EXPECT_EQ(allocatedBlocks(), before);
+            } else {
+                EXPECT_GT(successes, 0) << "no allocation was made to fail";
             }
             if (testing::Test::HasFailure()) {
                 return;
