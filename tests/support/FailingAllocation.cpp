@@ -93,8 +93,10 @@ void* failed() noexcept
 
 } // namespace
 
-// Exported, so that the shared libraries use them too. Names of their own for parameters, which the
-// C library gives reserved ones. NOLINTBEGIN(readability-inconsistent-declaration-parameter-name)
+// Exported, so that the shared libraries use them too. They have names of their own for parameters,
+// which the C library gives reserved ones.
+
+// NOLINTBEGIN(readability-inconsistent-declaration-parameter-name)
 
 extern "C" [[gnu::visibility("default")]] void* malloc(std::size_t size) noexcept
 {
