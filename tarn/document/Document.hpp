@@ -87,8 +87,8 @@ public:
           number(other.number), passingExceptions(other.passingExceptions)
     {
     }
-    /// Ends the element that stood here before, and takes over @p other. If ending it fails,
-    /// Document::finish() throws the exception.
+    /// Ends the element that stood here before, unless @p other is inside it, and takes over @p
+    /// other. If ending it fails, Document::finish() throws the exception.
     Element& operator=(Element&& other) noexcept;
     /// Ends the element, unless an exception that came after it is passing. If that fails,
     /// Document::finish() throws the exception.

@@ -67,6 +67,10 @@ public:
     /// Throws Refusal only if the target calls it.
     void reset();
 
+    bool isOpen(Handle element) const
+    {
+        return element.depth < open.size() && open[element.depth].number == element.number;
+    }
     void declare(Handle element, const Namespace& space);
     void attribute(Handle element, const Name& name, const Text& text);
     void text(Handle element, const Text& text);
@@ -149,10 +153,6 @@ private:
     [[noreturn]] void throwError(const Place& place, const detail::Refusal& refusal);
     std::string pathTo(const Place& place);
 
-    bool isOpen(Handle element) const
-    {
-        return element.depth < open.size() && open[element.depth].number == element.number;
-    }
     bool isInnermost(Handle element) const
     {
         return element.depth + 1 == open.size();

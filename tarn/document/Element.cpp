@@ -317,31 +317,39 @@ void Document::Impl::writeWholeBase64(const unsigned char* data, std::size_t siz
 }
 
 /// What Element needs of Document.
-class [[gnu::visibility("hidden")]] Element::
-Access{public :
-           /// Runs an operation of Document::Impl on @p element.
-           template <class Operation>
-           static void run(const Element& element, const Name* name, bool isAttribute,
-                           Operation operation){
-               if (element.document == nullptr){throw Error("/: the element was moved from");
-} // namespace tarn::document
-Document::Impl& impl = *element.document->impl;
-impl.run({element.depth + 1, name, isAttribute}, [&] {
-    operation(impl, Document::Impl::Handle{element.depth, element.number});
-});
-}
-template <class Operation>
-[[gnu::always_inline]] static void run(const Element& element, Operation operation)
+class Element::Access
 {
-    run(element, nullptr, false, operation);
-}
+public:
+    /// Runs an operation of Document::Impl on @p element.
+    template <class Operation>
+    static void run(const Element& element, const Name* name, bool isAttribute, Operation operation)
+    {
+        if (element.document == nullptr) {
+            throw Error("/: the element was moved from");
+        }
+        Document::Impl& impl = *element.document->impl;
+        impl.run({element.depth + 1, name, isAttribute}, [&] {
+            operation(impl, Document::Impl::Handle{element.depth, element.number});
+        });
+    }
+    template <class Operation>
+    static void run(const Element& element, Operation operation)
+    {
+        run(element, nullptr, false, operation);
+    }
 
-static void endInDestructor(const Element& element)
-{
-    element.document->impl->endInDestructor({element.depth, element.number});
-}
-}
-;
+    /// Whether @p inner is open, and inside @p outer if that is open.
+    static bool isInside(const Element& inner, const Element& outer)
+    {
+        return inner.document == outer.document && outer.depth < inner.depth &&
+               inner.document->impl->isOpen({inner.depth, inner.number});
+    }
+
+    static void endInDestructor(const Element& element)
+    {
+        element.document->impl->endInDestructor({element.depth, element.number});
+    }
+};
 
 Element::Element(Document& document, std::size_t depth, std::uint64_t number) noexcept
     : document(&document), depth(depth), number(number),
@@ -352,7 +360,7 @@ Element::Element(Document& document, std::size_t depth, std::uint64_t number) no
 Element& Element::operator=(Element&& other) noexcept
 {
     if (this != &other) {
-        if (document != nullptr) {
+        if (document != nullptr && !Access::isInside(other, *this)) {
             Access::endInDestructor(*this);
         }
         document = std::exchange(other.document, nullptr);

@@ -144,6 +144,14 @@ TEST(Document, WritesWhatItIsTold)
              b.text("x");
          },
          "<r><a><b/></a><dc:c xmlns:dc=\"http://purl.org/dc/terms/\">x</dc:c></r>"},
+        // One that is inside leaves the other open.
+        {[](Element& r) {
+             Element deepest = r.child("a");
+             deepest = deepest.child("b");
+             deepest = deepest.child("c");
+             deepest.text("x");
+         },
+         "<r><a><b><c>x</c></b></a></r>"},
         // An operation ends what is open inside.
         {[](Element& r) {
              Element a = r.child("a");

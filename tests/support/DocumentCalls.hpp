@@ -647,7 +647,9 @@ private:
     /// After an element with @p id has been assigned to @p slot.
     void put(std::size_t slot, std::size_t id)
     {
-        if (ids.at(slot) != NONE) {
+        const DocumentModel::OpenElement* const before = model.find(ids.at(slot));
+        const DocumentModel::OpenElement* const after = model.find(id);
+        if (before != nullptr && (after == nullptr || after < before)) {
             model.end(ids.at(slot));
         }
         ids.at(slot) = id;
