@@ -44,13 +44,11 @@ class StackIndex
 public:
     static constexpr std::size_t NONE = static_cast<std::size_t>(-1);
 
-    /// @returns the newest entry with @p hash for which @p matches holds, or NONE.
+    /// @returns the newest entry with @p hash for which @p matches holds, or NONE. One entry has
+    /// been added before.
     template <class Matches>
     std::size_t find(std::uint64_t hash, Matches matches) const
     {
-        if (links.empty()) {
-            return NONE;
-        }
         for (std::size_t entry = newest[slotOf(hash)]; entry != NONE; entry = links[entry].older) {
             if (links[entry].hash == hash && matches(entry)) {
                 return entry;

@@ -401,14 +401,18 @@ TEST(Document, NeverLooksCompleteUntilItIsFinished)
     EXPECT_EQ(target, "<r><c");
     document.reset();
     document.root("r").add("c", "t");
-    document.flush();
-    EXPECT_EQ(target, "<r><c>t</c>");
+    // More than a batch.
     const std::string comment(10'000, 'x');
-    document.comment(comment);
+    for (int count = 0; count < 3; ++count) {
+        document.comment(comment);
+    }
+    EXPECT_EQ(target, "<r><c>t</c>");
     document.flush();
+    document.comment("");
     EXPECT_EQ(target, "<r><c>t</c>");
     document.finish();
-    EXPECT_EQ(target, "<r><c>t</c></r><!--" + comment + "-->");
+    const std::string written = "<!--" + comment + "-->";
+    EXPECT_EQ(target, "<r><c>t</c></r>" + written + written + written + "<!---->");
 }
 
 TEST(Document, EndsTheElementsThatNoExceptionPasses)
@@ -572,6 +576,7 @@ TEST(Document, RefusesCallsByItsTarget)
             << message;
     }
     call = [&] { const Element gone = std::move(root); };
+    root.child("c");
     document.flush();
     call = [] {};
     document.finish();
