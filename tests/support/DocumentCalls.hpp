@@ -63,6 +63,7 @@ private:
     using Element = document::Element;
 
     static constexpr std::size_t SLOTS = 6;
+    static constexpr auto XML_URI = "http://www.w3.org/XML/1998/namespace";
 
     /// A document, its target, and variables for its elements.
     struct World
@@ -150,32 +151,30 @@ private:
                 input.below(2) == 0};
     }
 
-    std::pair<Namespace, bool> anyNamespace()
+    struct NamespaceChoice
     {
-        static const std::pair<Namespace, bool> RIGHT[] = {
-            {Namespace("urn:a"), false},
-            {Namespace("urn:b"), false},
-            {Namespace("urn:c"), false},
-            {Namespace("urn:a", "p"), false},
-            {Namespace("urn:a", "q"), false},
-            {Namespace("urn:c", "p"), false},
-            {Namespace("urn:d", "ns1"), false},
-            {document::XML, false},
-            {Namespace("urn:?e&f='g'#", "\u00E9"), false},
-        };
-        static const std::pair<Namespace, bool> WRONG[] = {
-            {Namespace("", "p"), true},
-            {Namespace("a b", "p"), true},
-            {Namespace("urn:<", "p"), true},
-            {Namespace("urn:e", "xml"), true},
-            {Namespace("urn:e", "xmlns"), true},
-            {Namespace("urn:e", "1"), true},
-            {Namespace("urn:e", "a:b"), true},
-            {Namespace(document::XML.uri()), true},
-            {Namespace(document::XML.uri(), "p"), true},
-            {Namespace("http://www.w3.org/2000/xmlns/", "p"), true},
-        };
-        return input.below(16) == 0 ? input.pick(WRONG) : input.pick(RIGHT);
+        Namespace space;
+        bool isWrong = false;
+    };
+
+    NamespaceChoice anyNamespace()
+    {
+        using Strings = std::pair<const char*, const char*>;
+        static constexpr Strings RIGHT[] = {
+            {"urn:a", ""},  {"urn:b", ""},  {"urn:c", ""},    {"urn:a", "p"},
+            {"urn:a", "q"}, {"urn:c", "p"}, {"urn:d", "ns1"}, {"urn:?e&f='g'#", "\u00E9"}};
+        static constexpr Strings WRONG[] = {
+            {"", "p"},          {"a b", "p"},
+            {"urn:<", "p"},     {"urn:e", "xml"},
+            {"urn:e", "xmlns"}, {"urn:e", "1"},
+            {"urn:e", "a:b"},   {XML_URI, ""},
+            {XML_URI, "p"},     {"http://www.w3.org/2000/xmlns/", "p"}};
+        if (input.below(16) == 0) {
+            return {document::XML};
+        }
+        const bool isWrong = input.below(16) == 0;
+        const auto& [uri, prefix] = isWrong ? input.pick(WRONG) : input.pick(RIGHT);
+        return {Namespace(uri, prefix), isWrong};
     }
 
     /// Of an instruction or a document type, most of the time.
@@ -203,8 +202,8 @@ private:
         if (input.below(2) == 0) {
             return {local, isWrong};
         }
-        const auto [space, isWrongSpace] = anyNamespace();
-        return {{space, local}, isWrong || isWrongSpace};
+        const NamespaceChoice choice = anyNamespace();
+        return {{choice.space, local}, isWrong || choice.isWrong};
     }
 
     /// What remains of @p units when all that XML 1.0 does not have has been replaced.
@@ -430,12 +429,12 @@ private:
 
     void declare(std::size_t slot)
     {
-        const auto choice = anyNamespace();
-        const Namespace& space = choice.first;
+        const NamespaceChoice choice = anyNamespace();
+        const Namespace& space = choice.space;
         DocumentModel::OpenElement* const element = model.find(ids.at(slot));
         const bool isOther =
             element != nullptr && space.prefix().empty() && space.uri() != element->defaultUri;
-        const bool isAllowed = element != nullptr && !choice.second && !element->hasContent &&
+        const bool isAllowed = element != nullptr && !choice.isWrong && !element->hasContent &&
                                (!isOther || (element->hasPrefix && !element->declaresDefault));
         if (makeOn(slot, "declare", isAllowed, [&](Element& on) { on.declare(space); }) &&
             isOther) {
@@ -463,12 +462,20 @@ private:
         }
     }
 
-    void text(std::size_t slot, bool isCdata)
+    void text(std::size_t slot)
     {
         const Value value = anyValue();
-        if (makeOn(slot, isCdata ? "cdata" : "text", isAllowed(value), [&](Element& on) {
-                value.give([&](const Text& text) { isCdata ? on.cdata(text) : on.text(text); });
-            })) {
+        if (makeOn(slot, "text", isAllowed(value),
+                   [&](Element& on) { value.give([&](const Text& text) { on.text(text); }); })) {
+            model.mixed(ids.at(slot), value.text);
+        }
+    }
+
+    void cdata(std::size_t slot)
+    {
+        const Value value = anyValue();
+        if (makeOn(slot, "cdata", isAllowed(value),
+                   [&](Element& on) { value.give([&](const Text& text) { on.cdata(text); }); })) {
             model.mixed(ids.at(slot), value.text);
         }
     }
@@ -484,47 +491,38 @@ private:
         }
     }
 
-    void comment(std::size_t slot)
+    /// Makes a call on the element in @p slot, or on the document if that is NONE.
+    void makeOnEither(std::size_t slot, const std::string& what, bool isAllowed,
+                      const std::string& outline, const auto& call)
     {
-        const Value value = anyValue();
-        const std::string outline = "<!--" + value.text + "-->";
         if (slot == NONE) {
-            if (make("comment", isComment(value) && isOutsideRoot(), [&](World& world) {
-                    value.give([&](const Text& text) { world.document->comment(text); });
-                })) {
+            if (make(what, isAllowed && isOutsideRoot(),
+                     [&](World& world) { call(*world.document); })) {
                 model.said += outline;
             }
-        } else if (makeOn(slot, "comment", isComment(value), [&](Element& on) {
-                       value.give([&](const Text& text) { on.comment(text); });
-                   })) {
+        } else if (makeOn(slot, what, isAllowed, call)) {
             model.content(ids.at(slot));
             model.line(model.open.size());
             model.said += outline;
         }
     }
 
+    void comment(std::size_t slot)
+    {
+        const Value value = anyValue();
+        makeOnEither(slot, "comment", isComment(value), "<!--" + value.text + "-->",
+                     [&](auto& on) { value.give([&](const Text& text) { on.comment(text); }); });
+    }
+
     void instruction(std::size_t slot)
     {
         const NameChoice target = anyPlainName();
         const Value data = anyValue();
-        const std::string outline =
-            "<?" + std::string(target.name.localName()) + ' ' + data.text + "?>";
-        if (slot == NONE) {
-            if (make("instruction", isInstruction(target, data) && isOutsideRoot(),
-                     [&](World& world) {
-                         data.give([&](const Text& text) {
-                             world.document->instruction(target.name, text);
-                         });
-                     })) {
-                model.said += outline;
-            }
-        } else if (makeOn(slot, "instruction", isInstruction(target, data), [&](Element& on) {
-                       data.give([&](const Text& text) { on.instruction(target.name, text); });
-                   })) {
-            model.content(ids.at(slot));
-            model.line(model.open.size());
-            model.said += outline;
-        }
+        makeOnEither(slot, "instruction", isInstruction(target, data),
+                     "<?" + std::string(target.name.localName()) + ' ' + data.text + "?>",
+                     [&](auto& on) {
+                         data.give([&](const Text& text) { on.instruction(target.name, text); });
+                     });
     }
 
     void raw(std::size_t slot)
@@ -765,51 +763,40 @@ private:
 
     void inRoot(std::size_t slot)
     {
-        switch (input.below(40)) {
+        using Calls = DocumentCalls;
+        using Make = void (Calls::*)(std::size_t);
+        static constexpr Make MAKE[] = {
+            &Calls::child,   &Calls::child,       &Calls::child,   &Calls::child, &Calls::attribute,
+            &Calls::declare, &Calls::instruction, &Calls::comment, &Calls::text,  &Calls::text,
+            &Calls::cdata,   &Calls::base64,      &Calls::add,     &Calls::raw};
+        constexpr std::size_t CHOICES = 16;
+        switch (input.below(CHOICES)) {
+        case 0:
+            return block();
+        case 1:
+            return seldom(slot);
+        default:
+            return (this->*input.pick(MAKE))(slot);
+        }
+    }
+
+    void seldom(std::size_t slot)
+    {
+        switch (input.below(8)) {
         case 0:
             return input.below(4) == 0 ? finish() : flush();
         case 1:
             return input.below(4) == 0 ? reset() : flush();
         case 2:
-            return input.below(4) == 0 ? outsideRoot() : end(slot);
+            return outsideRoot();
         case 3:
-            return input.below(2) == 0 ? destroy(slot) : move(slot, anySlotToFill());
+            return destroy(slot);
         case 4:
+            return move(slot, anySlotToFill());
         case 5:
-            return block();
-        case 6:
-        case 7:
-            return declare(slot);
-        case 8:
-        case 9:
-            return base64(slot);
-        case 10:
-        case 11:
-        case 12:
-            return comment(slot);
-        case 13:
-        case 14:
-        case 15:
-            return instruction(slot);
-        case 16:
-        case 17:
-            return raw(slot);
-        case 18:
-        case 19:
-            return text(slot, true);
-        case 20:
-        case 21:
-        case 22:
-            return text(slot, false);
-        case 23:
-        case 24:
-        case 25:
-            return add(slot);
-        case 26:
-        case 27:
-            return attribute(slot);
+            return flush();
         default:
-            return child(slot);
+            return end(slot);
         }
     }
 
