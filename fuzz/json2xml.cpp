@@ -14,7 +14,7 @@ namespace tarn::fuzz {
 
 namespace {
 
-using json2xml::FileDescriptor;
+using tools::FileDescriptor;
 
 /// A descriptor from which each read gives the next @p blockSize bytes of @p bytes.
 FileDescriptor inBlocks(std::string_view bytes, std::size_t blockSize)

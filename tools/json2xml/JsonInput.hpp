@@ -1,7 +1,7 @@
 // JsonInput: the bytes of a JSON text, read in blocks, as an input stream for RapidJSON's reader.
 #pragma once
 
-#include "tools/json2xml/FileDescriptor.hpp"
+#include "tools/common/FileDescriptor.hpp"
 #include "tools/json2xml/limits.hpp"
 
 #include <cstddef>
@@ -12,6 +12,9 @@
 #include <vector>
 
 namespace json2xml {
+
+using tarn::tools::FileDescriptor;
+using tarn::tools::throwSystemError;
 
 /// Reads a file descriptor block by block and keeps count of lines and columns.
 ///

@@ -1,9 +1,9 @@
 // json2xml: converts JSON to XML.
+#include "tools/common/OutputFile.hpp"
+#include "tools/common/Progress.hpp"
 #include "tools/json2xml/convert.hpp"
 #include "tools/json2xml/JsonInput.hpp"
 #include "tools/json2xml/Options.hpp"
-#include "tools/json2xml/OutputFile.hpp"
-#include "tools/json2xml/Progress.hpp"
 
 #include <csignal>
 #include <exception>
@@ -16,6 +16,7 @@
 namespace {
 
 using namespace json2xml;
+using namespace tarn::tools;
 
 enum ExitStatus
 {

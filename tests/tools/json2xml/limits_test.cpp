@@ -24,7 +24,7 @@ std::string problem(const std::string& json, const Limits& limits, std::uint64_t
 {
     const Directory directory;
     writeFile(directory / "input", json);
-    json2xml::FileDescriptor file(::open((directory / "input").c_str(), O_RDONLY | O_CLOEXEC));
+    tarn::tools::FileDescriptor file(::open((directory / "input").c_str(), O_RDONLY | O_CLOEXEC));
     std::ostringstream xml;
     try {
         json2xml::JsonInput input(

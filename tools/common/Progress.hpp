@@ -5,7 +5,7 @@
 #include <cstdint>
 #include <optional>
 
-namespace json2xml {
+namespace tarn::tools {
 
 /// Shows nothing at first, so that a short conversion leaves no trace.
 class Progress
@@ -36,4 +36,4 @@ private:
     bool isShown = false;
 };
 
-} // namespace json2xml
+} // namespace tarn::tools

@@ -1,11 +1,11 @@
-#include "tools/json2xml/Progress.hpp"
+#include "tools/common/Progress.hpp"
 
 #include <algorithm>
 #include <string>
 #include <string_view>
 #include <unistd.h>
 
-namespace json2xml {
+namespace tarn::tools {
 
 namespace {
 
@@ -61,4 +61,4 @@ void Progress::show(const std::string& line)
     [[maybe_unused]] const ssize_t ignored = ::write(terminal, text.data(), text.size());
 }
 
-} // namespace json2xml
+} // namespace tarn::tools

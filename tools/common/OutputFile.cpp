@@ -1,9 +1,9 @@
-#include "tools/json2xml/OutputFile.hpp"
+#include "tools/common/OutputFile.hpp"
 
 #include <fcntl.h>
 #include <sys/stat.h>
 
-namespace json2xml {
+namespace tarn::tools {
 
 namespace {
 
@@ -103,4 +103,4 @@ FileDescriptor OutputFile::open(const std::string& path)
     return temporary->takeDescriptor();
 }
 
-} // namespace json2xml
+} // namespace tarn::tools

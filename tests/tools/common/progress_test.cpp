@@ -1,4 +1,4 @@
-#include "tools/json2xml/Progress.hpp"
+#include "tools/common/Progress.hpp"
 
 #include <chrono>
 #include <gtest/gtest.h>
@@ -9,7 +9,7 @@
 namespace {
 
 using namespace std::chrono_literals;
-using json2xml::Progress;
+using tarn::tools::Progress;
 
 TEST(Progress, ShowsHowFarALongConversionIsAndNothingOfAShortOne)
 {

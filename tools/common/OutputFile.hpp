@@ -1,18 +1,18 @@
-// OutputFile: where the XML goes, as a stream buffer that reports every error.
+// OutputFile: where the result goes, as a stream buffer that reports every error.
 #pragma once
 
-#include "tools/json2xml/FileDescriptor.hpp"
-#include "tools/json2xml/TemporaryFile.hpp"
+#include "tools/common/FileDescriptor.hpp"
+#include "tools/common/TemporaryFile.hpp"
 
 #include <optional>
 #include <streambuf>
 #include <string>
 
-namespace json2xml {
+namespace tarn::tools {
 
 /// Writes standard output, or a file that takes its name only when it is complete.
 ///
-/// There is no buffer, since the writer passes on large pieces of text. An error is thrown as a
+/// There is no buffer, since the writers pass on large pieces of text. An error is thrown as a
 /// `std::system_error` whose text is `OUTPUT: what is wrong`.
 class OutputFile : public std::streambuf
 {
@@ -44,4 +44,4 @@ private:
     FileDescriptor descriptor;
 };
 
-} // namespace json2xml
+} // namespace tarn::tools

@@ -1,4 +1,4 @@
-#include "tools/json2xml/TemporaryFile.hpp"
+#include "tools/common/TemporaryFile.hpp"
 
 #include <algorithm>
 #include <atomic>
@@ -10,7 +10,7 @@
 #include <iterator>
 #include <sys/stat.h>
 
-namespace json2xml {
+namespace tarn::tools {
 
 namespace {
 
@@ -138,4 +138,4 @@ void TemporaryFile::replaceTarget()
     syncDirectory(std::filesystem::path(target).parent_path());
 }
 
-} // namespace json2xml
+} // namespace tarn::tools

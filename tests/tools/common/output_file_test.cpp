@@ -1,6 +1,6 @@
-// The output file of json2xml when a system call fails or a signal comes at a bad time.
+// The output file of a program when a system call fails or a signal comes at a bad time.
 #include "support/files.hpp"
-#include "tools/json2xml/OutputFile.hpp"
+#include "tools/common/OutputFile.hpp"
 
 #include <cerrno>
 #include <csignal>
@@ -68,7 +68,7 @@ int mkostemp(char* path, int flags)
 
 namespace {
 
-using json2xml::OutputFile;
+using tarn::tools::OutputFile;
 using namespace tarn::tests;
 using testing::ElementsAre;
 using testing::IsEmpty;

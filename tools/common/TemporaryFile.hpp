@@ -1,12 +1,12 @@
 // TemporaryFile: a new file that takes the place of another one when it is complete.
 #pragma once
 
-#include "tools/json2xml/FileDescriptor.hpp"
+#include "tools/common/FileDescriptor.hpp"
 
 #include <string>
 #include <sys/types.h>
 
-namespace json2xml {
+namespace tarn::tools {
 
 /// An empty file in the directory of the one that it is to replace. If it does not replace that one
 /// it is removed: by the destructor, or by a signal that ends the process. Only SIGKILL, which no
@@ -42,4 +42,4 @@ private:
     FileDescriptor descriptor;
 };
 
-} // namespace json2xml
+} // namespace tarn::tools

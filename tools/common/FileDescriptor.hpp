@@ -6,9 +6,9 @@
 #include <unistd.h>
 #include <utility>
 
-namespace json2xml {
+namespace tarn::tools {
 
-using tarn::common::throwSystemError;
+using common::throwSystemError;
 
 /// Closes its descriptor when it goes out of scope. Holds none if its number is negative.
 class FileDescriptor
@@ -32,4 +32,4 @@ private:
     int number;
 };
 
-} // namespace json2xml
+} // namespace tarn::tools
