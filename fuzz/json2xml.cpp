@@ -37,8 +37,8 @@ std::string convert(std::string_view bytes, std::size_t blockSize)
 {
     std::ostringstream xml;
     try {
-        json2xml::JsonInput input(
-            inBlocks(bytes, blockSize), "input", [](std::uint64_t) {}, json2xml::Limits());
+        json2xml::JsonInput input({inBlocks(bytes, blockSize), "input", [](std::uint64_t) {}},
+                                  json2xml::Limits());
         json2xml::convert(input, xml);
         return xml.str();
     } catch (const std::runtime_error& error) {

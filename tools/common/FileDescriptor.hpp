@@ -3,6 +3,8 @@
 
 #include "common/system_error.hpp"
 
+#include <cstddef>
+#include <string>
 #include <unistd.h>
 #include <utility>
 
@@ -24,6 +26,20 @@ public:
     }
 
     int get() const { return number; }
+
+    /// Reads at most @p size bytes into @p buffer. Returns how many; 0 at the end. An error is
+    /// thrown as a `std::system_error` whose text begins with @p name.
+    std::size_t read(char* buffer, std::size_t size, const std::string& name) const
+    {
+        ssize_t count;
+        do {
+            count = ::read(number, buffer, size);
+        } while (count < 0 && errno == EINTR);
+        if (count < 0) {
+            throwSystemError(name);
+        }
+        return static_cast<std::size_t>(count);
+    }
 
     /// Gives up the ownership.
     int release() { return std::exchange(number, -1); }

@@ -27,8 +27,8 @@ bool isStandardOutput(const struct stat& file)
 
 } // namespace
 
-OutputFile::OutputFile(const std::string& path)
-    : name(path == STANDARD_OUTPUT ? "<stdout>" : path), descriptor(open(path))
+OutputFile::OutputFile(const std::string& path, const std::string& program)
+    : name(path == STANDARD_OUTPUT ? "<stdout>" : path), descriptor(open(path, program))
 {
     if (descriptor.get() < 0) {
         throwSystemError(name);
@@ -83,7 +83,7 @@ void OutputFile::writeToDisk()
 }
 
 /// A descriptor for writing; on failure an empty one, with the error in `errno`.
-FileDescriptor OutputFile::open(const std::string& path)
+FileDescriptor OutputFile::open(const std::string& path, const std::string& program)
 {
     struct stat existing;
     const bool exists = path != STANDARD_OUTPUT && ::stat(path.c_str(), &existing) == 0;
@@ -99,7 +99,8 @@ FileDescriptor OutputFile::open(const std::string& path)
     if (exists && ::euidaccess(path.c_str(), W_OK) != 0) {
         return FileDescriptor(-1);
     }
-    temporary.emplace(path, exists ? existing.st_mode & PERMISSIONS : defaultPermissions());
+    temporary.emplace(path, exists ? existing.st_mode & PERMISSIONS : defaultPermissions(),
+                      program);
     return temporary->takeDescriptor();
 }
 

@@ -23,7 +23,8 @@ public:
     /// attributes and access control lists are lost.
     ///
     /// @param path the file to write, or `-` for standard output.
-    explicit OutputFile(const std::string& path);
+    /// @param program the name of the program, with which the name of an incomplete file begins.
+    OutputFile(const std::string& path, const std::string& program);
 
     /// Closes the output. A new file is first written to disk, then gets its name, so that a crash
     /// of the system leaves the old file or the complete new one. Without this call the new file
@@ -35,7 +36,7 @@ protected:
     std::streamsize xsputn(const char* bytes, std::streamsize count) override;
 
 private:
-    FileDescriptor open(const std::string& path);
+    FileDescriptor open(const std::string& path, const std::string& program);
     void writeToDisk();
 
     /// How messages name the output.

@@ -14,8 +14,6 @@ namespace tarn::tools {
 
 namespace {
 
-constexpr auto NAME_TEMPLATE = ".json2xml-XXXXXX";
-
 /// Signals that cannot be handled, that stop or continue a process, and that it ignores by default.
 /// All others, real-time signals included, end it by default.
 constexpr int UNHANDLED_SIGNALS[] = {SIGKILL, SIGSTOP, SIGTSTP, SIGTTIN, SIGTTOU,
@@ -111,9 +109,10 @@ void syncDirectory(const std::filesystem::path& directory)
 
 } // namespace
 
-TemporaryFile::TemporaryFile(const std::string& target, mode_t permissions)
+TemporaryFile::TemporaryFile(const std::string& target, mode_t permissions,
+                             const std::string& program)
     : name(target), target(followLinks(target)),
-      path(std::filesystem::path(this->target).replace_filename(NAME_TEMPLATE)),
+      path(std::filesystem::path(this->target).replace_filename('.' + program + "-XXXXXX")),
       descriptor(create(path, name))
 {
     // Not every file system has permissions, so a failure is no error.

@@ -19,7 +19,8 @@ public:
     ///
     /// @param target the file to replace, which need not exist. A symbolic link is followed.
     /// @param permissions those of the new file.
-    TemporaryFile(const std::string& target, mode_t permissions);
+    /// @param program the name of the program, with which the file's name begins.
+    TemporaryFile(const std::string& target, mode_t permissions, const std::string& program);
 
     TemporaryFile(const TemporaryFile&) = delete;
     TemporaryFile& operator=(const TemporaryFile&) = delete;

@@ -60,11 +60,9 @@ std::size_t replaceLoneSurrogate(char* first, const char* last)
 
 } // namespace
 
-JsonInput::JsonInput(FileDescriptor descriptor, std::string name, BlockObserver onBlock,
-                     const Limits& limits)
-    : descriptor(std::move(descriptor)), name(std::move(name)), onBlock(std::move(onBlock)),
-      limitsOfInput(limits), buffer(BLOCK_SIZE + 1), current(buffer.data()), visibleEnd(current),
-      readEnd(current)
+JsonInput::JsonInput(tarn::tools::InputFile file, const Limits& limits)
+    : file(std::move(file)), limitsOfInput(limits), buffer(BLOCK_SIZE + 1), current(buffer.data()),
+      visibleEnd(current), readEnd(current)
 {
     continueAtEnd();
     skipByteOrderMark();
@@ -95,7 +93,7 @@ JsonInput::Position JsonInput::positionAt(std::size_t offset) const
 
 void JsonInput::failAt(Position position, const std::string& problem) const
 {
-    throw std::runtime_error(name + ':' + std::to_string(position.line) + ':' +
+    throw std::runtime_error(file.name + ':' + std::to_string(position.line) + ':' +
                              std::to_string(position.column) + ": " + problem);
 }
 
@@ -190,18 +188,13 @@ void JsonInput::readBlock()
     if (size + 1 == buffer.size()) {
         buffer.resize(2 * buffer.size());
     }
-    ssize_t count;
-    do {
-        count = ::read(descriptor.get(), buffer.data() + size, buffer.size() - 1 - size);
-    } while (count < 0 && errno == EINTR);
-    if (count < 0) {
-        throwSystemError(name);
-    }
+    const std::size_t count =
+        file.descriptor.read(buffer.data() + size, buffer.size() - 1 - size, file.name);
     current = buffer.data() + currentIndex;
     visibleEnd = buffer.data() + visibleSize;
     readEnd = buffer.data() + size + count;
     ended = count == 0;
-    onBlock(startOffset + indexOf(readEnd));
+    file.onBlock(startOffset + indexOf(readEnd));
 }
 
 /// Moves `visibleEnd` to the end of what has been read, or to an escape of which a part may not

@@ -1,20 +1,16 @@
 // JsonInput: the bytes of a JSON text, read in blocks, as an input stream for RapidJSON's reader.
 #pragma once
 
-#include "tools/common/FileDescriptor.hpp"
+#include "tools/common/program.hpp"
 #include "tools/json2xml/limits.hpp"
 
 #include <cstddef>
 #include <cstdint>
-#include <functional>
 #include <rapidjson/reader.h>
 #include <string>
 #include <vector>
 
 namespace json2xml {
-
-using tarn::tools::FileDescriptor;
-using tarn::tools::throwSystemError;
 
 /// Reads a file descriptor block by block and keeps count of lines and columns.
 ///
@@ -29,14 +25,8 @@ using tarn::tools::throwSystemError;
 class JsonInput
 {
 public:
-    /// Receives the number of bytes read so far, after each block.
-    using BlockObserver = std::function<void(std::uint64_t)>;
-
     /// Reads the first block; skips a byte order mark.
-    ///
-    /// @param name how messages name the input.
-    JsonInput(FileDescriptor descriptor, std::string name, BlockObserver onBlock,
-              const Limits& limits);
+    JsonInput(tarn::tools::InputFile file, const Limits& limits);
 
     /// The members that RapidJSON requires of an input stream. After the last byte they give NUL,
     /// however often they are called.
@@ -149,9 +139,7 @@ private:
     std::size_t passDigits(std::size_t distance);
     void captureNumber();
 
-    FileDescriptor descriptor;
-    std::string name;
-    BlockObserver onBlock;
+    tarn::tools::InputFile file;
     const Limits limitsOfInput;
 
     /// The bytes taken last, then those to come. One byte is never read into: it is for the NUL at

@@ -1,9 +1,9 @@
 #include "tools/json2xml/Options.hpp"
 
-#include <charconv>
+#include "tools/common/command_line.hpp"
+
 #include <CLI/CLI.hpp>
 #include <string>
-#include <vector>
 
 namespace json2xml {
 
@@ -43,71 +43,16 @@ const std::string NOTES =
     "  json2xml -o countries.xml countries.json\n"
     "  zcat log.json.gz | json2xml | xmllint --xpath 'count(//*)' -";
 
-/// Takes decimal digits only. CLI11 itself would also take `-1` and `010` for numbers.
-std::size_t parseDepth(const std::string& text)
-{
-    std::size_t depth = 0;
-    const char* const end = text.data() + text.size();
-    const auto [rest, error] = std::from_chars(text.data(), end, depth);
-    if (rest != end || error != std::errc()) {
-        throw UsageError("--max-depth: not a number of levels: " + text);
-    }
-    return depth;
-}
-
-/// @param extras the arguments that are neither an option nor the first input, and `--`.
-void refuseExtras(std::vector<std::string> extras, const std::string& input)
-{
-    std::erase(extras, "--");
-    if (!extras.empty()) {
-        const std::string& first = extras.front();
-        throw UsageError(first.size() > 1 && first.front() == '-'
-                             ? "unknown option: " + first
-                             : "more than one input: " + input + ", " + first);
-    }
-}
-
-void describe(CLI::App& app, Options& options)
-{
-    app.footer(NOTES);
-    app.allow_extras();
-    app.set_help_flag("-h,--help", "Print this help and exit");
-    app.set_version_flag("--version", "json2xml " JSON2XML_VERSION, "Print the version and exit");
-    app.add_option("INPUT", options.input, "The JSON file; standard input if it is - or left out")
-        ->type_name("");
-    app.add_option("-o,--output", options.output,
-                   "Write FILE instead of standard output.\n"
-                   "FILE is replaced when the conversion is complete;\n"
-                   "if it fails, FILE stays as it was")
-        ->type_name("FILE");
-    app.add_option_function<std::string>(
-           "--max-depth", [&](const std::string& text) { options.limits.depth = parseDepth(text); },
-           "Refuse arrays and objects inside one another in more than\n"
-           "N levels (" +
-               std::to_string(options.limits.depth) + " if left out; [] is one level, 1 is none)")
-        ->type_name("N");
-    app.add_flag("--progress", options.showsProgress,
-                 "Show how far a long conversion has come, if standard error\n"
-                 "is a terminal");
-}
-
 } // namespace
 
 Options parseOptions(int argumentCount, const char* const* arguments)
 {
     Options options;
     CLI::App app(DESCRIPTION, "json2xml");
-    describe(app, options);
-    try {
-        app.parse(argumentCount, arguments);
-    } catch (const CLI::CallForHelp&) {
-        options.information = app.help();
-    } catch (const CLI::CallForVersion&) {
-        options.information = app.version() + '\n';
-    } catch (const CLI::ParseError& error) {
-        throw UsageError(error.what());
-    }
-    refuseExtras(app.remaining(), options.input);
+    app.footer(NOTES);
+    tarn::tools::addCommonOptions(app, "JSON", "arrays and objects", options.files,
+                                  options.limits.depth);
+    tarn::tools::parseCommandLine(app, argumentCount, arguments, options.files);
     return options;
 }
 

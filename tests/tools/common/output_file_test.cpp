@@ -77,7 +77,7 @@ using testing::IsEmpty;
 int replace(const std::string& path)
 {
     try {
-        OutputFile output(path);
+        OutputFile output(path, "program");
         output.sputn("new", 3);
         output.commit();
         return 0;
@@ -124,7 +124,8 @@ TEST(OutputFileDeathTest, RemovesTheFileIfASignalComesAsSoonAsItExists)
     for (const int signal : {SIGINT, SIGQUIT, SIGRTMIN}) {
         const Directory directory;
         signalAfterMkostemp = signal;
-        EXPECT_EXIT(OutputFile(directory / "file.xml"), testing::KilledBySignal(signal), "");
+        EXPECT_EXIT(OutputFile(directory / "file.xml", "program"), testing::KilledBySignal(signal),
+                    "");
         signalAfterMkostemp = 0;
         EXPECT_THAT(directory.names(), IsEmpty()) << signal;
     }

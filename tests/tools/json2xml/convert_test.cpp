@@ -1,7 +1,7 @@
 // The XML that json2xml makes of JSON, and its messages about other input.
 #include "support/difference.hpp"
+#include "tools/common/run_program.hpp"
 #include "tools/json2xml/json_outline.hpp"
-#include "tools/json2xml/run_program.hpp"
 
 #include <filesystem>
 #include <fstream>
@@ -13,6 +13,7 @@
 namespace {
 
 using namespace json2xml::test;
+using namespace tarn::tools::test;
 using namespace std::string_literals;
 using tarn::tests::difference;
 
@@ -20,7 +21,7 @@ using tarn::tests::difference;
 constexpr std::size_t BLOCK_SIZE = 64 * 1024;
 
 #if !IS_SANITIZED
-TEST(Json2xml, NeedsNoMoreMemoryForAMillionRecords)
+TEST(Conversion, NeedsNoMoreMemoryForAMillionRecords)
 {
     constexpr long LIMIT_IN_KILOBYTES = 40'000;
     const Directory directory;
@@ -41,7 +42,7 @@ TEST(Json2xml, NeedsNoMoreMemoryForAMillionRecords)
 }
 #endif
 
-TEST(Json2xml, WritesOneElementForEachValue)
+TEST(Conversion, WritesOneElementForEachValue)
 {
     const std::string json = R"({"a": [1, "x<", true, null, [], {}], "": {"b": ""}, "a": false})";
     const Result result = run({}, json);
@@ -64,7 +65,7 @@ TEST(Json2xml, WritesOneElementForEachValue)
 )");
 }
 
-TEST(Json2xml, WritesWhatAParserReadsBack)
+TEST(Conversion, WritesWhatAParserReadsBack)
 {
     const struct
     {
@@ -98,7 +99,7 @@ TEST(Json2xml, WritesWhatAParserReadsBack)
     }
 }
 
-TEST(Json2xml, KeepsTheDigitsOfNumbersThatNoDoubleCanHold)
+TEST(Conversion, KeepsTheDigitsOfNumbersThatNoDoubleCanHold)
 {
     const std::string manyDigits(100'000, '7');
     for (const std::string& number : {"1e400"s, "-1E-0400"s, manyDigits + "." + manyDigits}) {
@@ -107,7 +108,7 @@ TEST(Json2xml, KeepsTheDigitsOfNumbersThatNoDoubleCanHold)
     }
 }
 
-TEST(Json2xml, ReadsTokensAcrossTheEndOfABlock)
+TEST(Conversion, ReadsTokensAcrossTheEndOfABlock)
 {
     const std::pair<std::string, std::string> cases[] = {
         {R"("\ud83d\ude00\udc00\\")", "\"\U0001F600\uFFFD\\\\\""},
@@ -124,7 +125,7 @@ TEST(Json2xml, ReadsTokensAcrossTheEndOfABlock)
     }
 }
 
-TEST(Json2xml, FindsFaultsAcrossTheEndOfABlock)
+TEST(Conversion, FindsFaultsAcrossTheEndOfABlock)
 {
     for (std::size_t before = 0; before <= 16; ++before) {
         SCOPED_TRACE(std::to_string(before) + " bytes before the end");
@@ -137,7 +138,7 @@ TEST(Json2xml, FindsFaultsAcrossTheEndOfABlock)
     }
 }
 
-TEST(Json2xml, ConvertsRealFiles)
+TEST(Conversion, ConvertsRealFiles)
 {
     std::size_t files = 0;
     for (const auto& entry : std::filesystem::directory_iterator("/usr/share/iso-codes/json")) {
@@ -153,7 +154,7 @@ TEST(Json2xml, ConvertsRealFiles)
     EXPECT_GT(files, 0u);
 }
 
-TEST(Json2xml, SaysWhatIsWrongAndWhere)
+TEST(Conversion, SaysWhatIsWrongAndWhere)
 {
     const std::pair<std::string, std::string> cases[] = {
         {"", "1:1: expected a value, found the end of the input"},

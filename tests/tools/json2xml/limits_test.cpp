@@ -1,9 +1,10 @@
 // The limits of json2xml: the depth, and the size of a string and a number.
+#include "tools/common/run_program.hpp"
 #include "tools/json2xml/convert.hpp"
-#include "tools/json2xml/run_program.hpp"
 
 #include <cstdint>
 #include <fcntl.h>
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <sstream>
 #include <stdexcept>
@@ -11,7 +12,7 @@
 
 namespace {
 
-using namespace json2xml::test;
+using namespace tarn::tools::test;
 using json2xml::Limits;
 
 /// The number of bytes in a block of the input.
@@ -28,7 +29,7 @@ std::string problem(const std::string& json, const Limits& limits, std::uint64_t
     std::ostringstream xml;
     try {
         json2xml::JsonInput input(
-            std::move(file), "input", [&](std::uint64_t bytes) { bytesRead = bytes; }, limits);
+            {std::move(file), "input", [&](std::uint64_t bytes) { bytesRead = bytes; }}, limits);
         json2xml::convert(input, xml);
         return "";
     } catch (const std::runtime_error& error) {
@@ -36,7 +37,7 @@ std::string problem(const std::string& json, const Limits& limits, std::uint64_t
     }
 }
 
-TEST(Json2xmlLimits, LimitsStringsAndNumbers)
+TEST(Limits, LimitsStringsAndNumbers)
 {
     constexpr Limits LIMITS{.stringSize = 4, .numberSize = 6};
     const std::string longString = ": a string longer than 4 bytes";
@@ -62,7 +63,7 @@ TEST(Json2xmlLimits, LimitsStringsAndNumbers)
     }
 }
 
-TEST(Json2xmlLimits, StopsReadingAndNamesWhereATokenBegins)
+TEST(Limits, StopsReadingAndNamesWhereATokenBegins)
 {
     constexpr std::size_t LIMIT = 4 * BLOCK_SIZE;
     constexpr Limits LIMITS{.stringSize = LIMIT, .numberSize = LIMIT};
@@ -92,7 +93,7 @@ TEST(Json2xmlLimits, StopsReadingAndNamesWhereATokenBegins)
     }
 }
 
-TEST(Json2xmlLimits, LimitsTheDepth)
+TEST(Limits, LimitsTheDepth)
 {
     const auto nested = [](std::size_t depth) {
         return std::string(depth, '[') + std::string(depth, ']');
@@ -109,5 +110,33 @@ TEST(Json2xmlLimits, LimitsTheDepth)
     EXPECT_EQ(run({}, std::string(5'000'000, '[')).status, 1);
     EXPECT_EQ(run({"--max-depth", "2500"}, nested(2500)).status, 0);
 }
+
+TEST(Limits, StandInTheHelpAndTheManual)
+{
+    constexpr Limits LIMITS;
+    for (const std::string& limit :
+         {std::to_string(LIMITS.depth) + " if", std::to_string(LIMITS.stringSize) + " bytes",
+          std::to_string(LIMITS.numberSize) + " bytes"}) {
+        EXPECT_THAT(run({"--help"}).output, testing::HasSubstr(limit));
+        EXPECT_THAT(readFile(PROGRAM_MANUAL), testing::HasSubstr(limit));
+    }
+}
+
+#if !IS_SANITIZED
+TEST(Limits, SaysThatMemoryIsExhausted)
+{
+    const Directory directory;
+    std::string longString = "\"";
+    longString.resize(50'000'000, 'a');
+    longString += '"';
+    for (const std::string kilobytes : {"100000", "200000", "300000"}) {
+        const Result result =
+            run({"-o", directory / "file.xml"}, longString, "", "ulimit -v " + kilobytes);
+        EXPECT_EQ(result.status, 1) << kilobytes;
+        EXPECT_EQ(result.error, "json2xml: out of memory\n") << kilobytes;
+        EXPECT_THAT(directory.names(), testing::IsEmpty()) << kilobytes;
+    }
+}
+#endif
 
 } // namespace

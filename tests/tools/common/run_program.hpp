@@ -1,14 +1,15 @@
-// Runs json2xml as a program.
+// Runs the program that is tested: PROGRAM, a path.
 #pragma once
 
 #include "support/files.hpp"
 
 #include <cstdlib>
+#include <filesystem>
 #include <string>
 #include <sys/wait.h>
 #include <vector>
 
-namespace json2xml::test {
+namespace tarn::tools::test {
 
 using tarn::tests::Directory;
 using tarn::tests::readFile;
@@ -16,10 +17,13 @@ using tarn::tests::writeFile;
 
 using Arguments = std::vector<std::string>;
 
+/// How messages name the program.
+inline const std::string PROGRAM_NAME = std::filesystem::path(PROGRAM).filename();
+
 /// The shell command for a run with @p arguments.
 inline std::string command(const Arguments& arguments)
 {
-    std::string words = "exec " JSON2XML;
+    std::string words = "exec " PROGRAM;
     for (const std::string& argument : arguments) {
         words += " '" + argument + '\'';
     }
@@ -34,7 +38,7 @@ struct Result
     std::string error;
 };
 
-/// Runs json2xml with @p input as its standard input.
+/// Runs the program with @p input as its standard input.
 ///
 /// @param target where its standard output goes: what the shell takes after `>`. If this is empty,
 ///        it goes to the result.
@@ -53,4 +57,4 @@ inline Result run(const Arguments& arguments, const std::string& input = "",
             readFile(directory / "error")};
 }
 
-} // namespace json2xml::test
+} // namespace tarn::tools::test
