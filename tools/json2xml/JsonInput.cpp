@@ -1,55 +1,32 @@
 #include "tools/json2xml/JsonInput.hpp"
 
 #include "text/utf16.hpp"
+#include "tools/common/json_escapes.hpp"
 
 #include <algorithm>
-#include <charconv>
-#include <cstring>
 #include <optional>
-#include <stdexcept>
 #include <string_view>
 #include <utility>
 
 namespace json2xml {
 
+using namespace tarn::tools;
+
 namespace {
 
-/// A Unicode escape: these, then four hexadecimal digits.
-constexpr std::string_view UNICODE_ESCAPE_START = "\\u";
-constexpr std::size_t UNICODE_ESCAPE_SIZE = 6;
-constexpr std::size_t SHORT_ESCAPE_SIZE = 2;
 constexpr char REPLACEMENT_DIGITS[] = {'F', 'F', 'F', 'D'};
-
-/// The code unit that the Unicode escape at @p first stands for; nothing if none begins there.
-std::optional<char16_t> escapedCodeUnit(const char* first, const char* last)
-{
-    if (!std::string_view(first, last).starts_with(UNICODE_ESCAPE_START) ||
-        last - first < static_cast<std::ptrdiff_t>(UNICODE_ESCAPE_SIZE)) {
-        return std::nullopt;
-    }
-    const char* const digits = first + UNICODE_ESCAPE_START.size();
-    const char* const end = first + UNICODE_ESCAPE_SIZE;
-    std::uint16_t codeUnit = 0; // from_chars takes no char16_t
-    const bool isWhole = std::from_chars(digits, end, codeUnit, 16).ptr == end;
-    return isWhole ? std::optional<char16_t>(codeUnit) : std::nullopt;
-}
-
-bool isContinuationByte(char byte)
-{
-    return (static_cast<unsigned char>(byte) & 0xC0) == 0x80;
-}
 
 /// Replaces the escape at @p first if it is a surrogate without a partner. Returns the length of
 /// that escape; of both escapes if they are a surrogate pair.
 std::size_t replaceLoneSurrogate(char* first, const char* last)
 {
-    const std::optional<char16_t> codeUnit = escapedCodeUnit(first, last);
+    const std::optional<char16_t> codeUnit = escapedCodeUnit({first, last});
     if (!codeUnit) {
         return SHORT_ESCAPE_SIZE;
     }
     if (tarn::text::isHighSurrogate(*codeUnit) &&
         tarn::text::isLowSurrogate(
-            escapedCodeUnit(first + UNICODE_ESCAPE_SIZE, last).value_or(0))) {
+            escapedCodeUnit({first + UNICODE_ESCAPE_SIZE, last}).value_or(0))) {
         return 2 * UNICODE_ESCAPE_SIZE;
     }
     if (tarn::text::isHighSurrogate(*codeUnit) || tarn::text::isLowSurrogate(*codeUnit)) {
@@ -83,18 +60,12 @@ std::string JsonInput::describeByte(std::size_t offset) const
 
 void JsonInput::fail(std::size_t offset, const std::string& problem) const
 {
-    failAt(positionAt(offset), problem);
+    failAt(file.name, positionAt(offset), problem);
 }
 
-JsonInput::Position JsonInput::positionAt(std::size_t offset) const
+Position JsonInput::positionAt(std::size_t offset) const
 {
-    return advance(startPosition, buffer.data(), buffer.data() + (offset - startOffset));
-}
-
-void JsonInput::failAt(Position position, const std::string& problem) const
-{
-    throw std::runtime_error(file.name + ':' + std::to_string(position.line) + ':' +
-                             std::to_string(position.column) + ": " + problem);
+    return advance(startPosition, {buffer.data(), offset - startOffset});
 }
 
 /// Throws if a number of which @p size bytes have been read is too large.
@@ -107,23 +78,8 @@ void JsonInput::checkNumberSize(std::size_t size) const
 
 void JsonInput::refuseSize(const char* token, std::size_t limit) const
 {
-    failAt(tokenOffset < startOffset ? tokenPosition : positionAt(tokenOffset),
+    failAt(file.name, tokenOffset < startOffset ? tokenPosition : positionAt(tokenOffset),
            std::string("a ") + token + " longer than " + std::to_string(limit) + " bytes");
-}
-
-JsonInput::Position JsonInput::advance(Position position, const char* first, const char* last)
-{
-    const auto lineFeeds = std::count(first, last, '\n');
-    if (lineFeeds > 0) {
-        position.line += static_cast<std::uint64_t>(lineFeeds);
-        position.column = 1;
-        first = static_cast<const char*>(
-                    ::memrchr(first, '\n', static_cast<std::size_t>(last - first))) +
-                1;
-    }
-    position.column += static_cast<std::uint64_t>(
-        std::count_if(first, last, [](char byte) { return !isContinuationByte(byte); }));
-    return position;
 }
 
 void JsonInput::skipByteOrderMark()
@@ -169,9 +125,9 @@ void JsonInput::dropUsed()
         const char* counted = start;
         if (tokenOffset >= startOffset && tokenOffset < startOffset + dropped) {
             counted = start + (tokenOffset - startOffset);
-            tokenPosition = startPosition = advance(startPosition, start, counted);
+            tokenPosition = startPosition = advance(startPosition, {start, counted});
         }
-        startPosition = advance(startPosition, counted, start + dropped);
+        startPosition = advance(startPosition, {counted, start + dropped});
         startOffset += dropped;
         std::copy(start + dropped, readEnd, start);
         current -= dropped;

@@ -1,6 +1,7 @@
 // JsonInput: the bytes of a JSON text, read in blocks, as an input stream for RapidJSON's reader.
 #pragma once
 
+#include "tools/common/Position.hpp"
 #include "tools/common/program.hpp"
 #include "tools/json2xml/limits.hpp"
 
@@ -96,13 +97,6 @@ private:
     /// sequence where the sequence begins, and no other fault further back.
     static constexpr std::size_t LOOK_BEHIND = 6;
 
-    /// The line and column of a byte; both count from 1.
-    struct Position
-    {
-        std::uint64_t line = 1;
-        std::uint64_t column = 1;
-    };
-
     static bool isWhiteSpace(char byte)
     {
         return byte == ' ' || byte == '\n' || byte == '\r' || byte == '\t';
@@ -113,9 +107,7 @@ private:
         return static_cast<std::size_t>(place - buffer.data());
     }
 
-    static Position advance(Position position, const char* first, const char* last);
-    Position positionAt(std::size_t offset) const;
-    [[noreturn]] void failAt(Position position, const std::string& problem) const;
+    tarn::tools::Position positionAt(std::size_t offset) const;
 
     /// Throws if the string that is being read is too large.
     void checkStringSize() const
@@ -147,7 +139,7 @@ private:
     std::vector<char> buffer;
     /// The buffer's first byte: its offset in the input, its line and column.
     std::size_t startOffset = 0;
-    Position startPosition;
+    tarn::tools::Position startPosition;
 
     /// The next byte. It is before visibleEnd, except at the end of the input.
     char* current;
@@ -161,7 +153,7 @@ private:
     /// The first byte of the last token that skipToToken() met.
     std::size_t tokenOffset = 0;
     /// Its line and column, noted when it leaves the buffer.
-    Position tokenPosition;
+    tarn::tools::Position tokenPosition;
     /// That token is a string and the reader has not taken all of it.
     bool isInString = false;
 
