@@ -1,4 +1,5 @@
-# Makes `cpack` build the Debian packages: each library, the development files of each, and json2xml.
+# Makes `cpack` build the Debian packages: each library, the development files of each, and json2xml with
+# xml2json.
 # scripts/package configures the build tree for them.
 
 # The changelog names the version, the packaging's revision and the maintainer.
@@ -73,10 +74,10 @@ tarn_library_packages(libtarn-document document document-development
 UTF-8 and UTF-16 strings, numbers and points in time, and refuses every call
 that would make the document ill-formed.")
 if(TARN_BUILD_TOOLS)
-    tarn_package(json2xml tarn-json2xml utils "converter from JSON to XML"
+    tarn_package(json2xml tarn-json2xml utils "converters from JSON to XML and back"
         "json2xml turns any JSON document into XML while it reads it, in the
 representation of JSON that XPath and XQuery Functions and Operators 3.1
-defines.")
+defines. xml2json turns that representation back into JSON.")
     set(CPACK_DEBIAN_JSON2XML_PACKAGE_DEPENDS
         "libtarn-utils${PROJECT_VERSION_MAJOR} (>= ${PROJECT_VERSION})")
     set(CPACK_DEBIAN_JSON2XML_PACKAGE_SHLIBDEPS ON)

@@ -84,7 +84,8 @@ TEST(Invocation, PrintsHelpAndVersion)
          {"-o,--output FILE", "--max-depth N", "--progress", "--version"}) {
         EXPECT_THAT(run({"--help"}).output, HasSubstr(option));
     }
-    EXPECT_THAT(run({"--version"}).output, MatchesRegex("json2xml [0-9]+\\.[0-9]+\\.[0-9]+\n"));
+    EXPECT_THAT(run({"--version"}).output,
+                MatchesRegex(PROGRAM_NAME + " [0-9]+\\.[0-9]+\\.[0-9]+\n"));
 }
 
 TEST(Invocation, ReplacesTheOutputWhenItIsComplete)

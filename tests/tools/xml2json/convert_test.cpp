@@ -1,0 +1,300 @@
+// The JSON that xml2json makes of XML, and its messages about other input.
+#include "tools/common/run_program.hpp"
+
+#include <fstream>
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <string>
+#include <sys/resource.h>
+
+namespace {
+
+using namespace tarn::tools::test;
+using namespace std::string_literals;
+
+/// The number of bytes in a block of the input.
+constexpr std::size_t BLOCK_SIZE = 64 * 1024;
+
+const std::string NAMESPACE = "http://www.w3.org/2005/xpath-functions";
+
+/// @p content in an element whose start tag also declares the namespace, in 100 characters, so that
+/// the columns of the messages are easy to read.
+std::string element(const std::string& name, const std::string& content)
+{
+    std::string start = '<' + name + " xmlns=\"" + NAMESPACE + '"';
+    start.resize(99, ' ');
+    return start + '>' + content + "</" + name + '>';
+}
+
+std::string array(const std::string& content)
+{
+    return element("array", content);
+}
+
+std::string map(const std::string& content)
+{
+    return element("map", content);
+}
+
+#if !IS_SANITIZED
+TEST(Conversion, NeedsNoMoreMemoryForALongString)
+{
+    constexpr long LIMIT_IN_KILOBYTES = 20'000;
+    const Directory directory;
+    {
+        // A child process inherits the peak memory use of this one. So the XML is never in memory,
+        // and this test comes before those that hold long texts.
+        std::ofstream file(directory / "input.xml");
+        file << "<array xmlns=\"" << NAMESPACE << "\"><string escaped=\"1\">";
+        for (int i = 0; i < 2'000'000; ++i) {
+            file << "\\u00e9 text\n\xC3\xA9";
+        }
+        file << "</string>";
+        for (int i = 0; i < 200'000; ++i) {
+            file << "<map><string key=\"" << i << "\">" << i << "</string></map>";
+        }
+        file << "</array>";
+    }
+    EXPECT_EQ(run({directory / "input.xml"}, "", "/dev/null").error, "");
+    rusage children{};
+    ::getrusage(RUSAGE_CHILDREN, &children);
+    EXPECT_LT(children.ru_maxrss, LIMIT_IN_KILOBYTES);
+}
+
+TEST(Conversion, SaysThatMemoryIsExhausted)
+{
+    const Directory directory;
+    const std::string longKey = map("<null key='" + std::string(50'000'000, 'a') + "'/>");
+    for (const std::string kilobytes : {"100000", "150000"}) {
+        const Result result =
+            run({"-o", directory / "file.json"}, longKey, "", "ulimit -v " + kilobytes);
+        EXPECT_EQ(result.status, 1) << kilobytes;
+        EXPECT_EQ(result.error, "xml2json: out of memory\n") << kilobytes;
+        EXPECT_THAT(directory.names(), testing::IsEmpty()) << kilobytes;
+    }
+}
+#endif
+
+TEST(Conversion, WritesOneValueForEachElement)
+{
+    const std::string declaration = R"(<?xml version="1.0" encoding="ISO-8859-1"?>)";
+    const std::pair<std::string, std::string> cases[] = {
+        {element("null", ""), "null"},
+        {element("null", "<!--c--><?p?>"), "null"},
+        {element("string", ""), R"("")"},
+        {declaration + "\n<!--c-->\n" + element("string", "\xE9") + "<?p?>\n", "\"\u00E9\""},
+        {"\xEF\xBB\xBF" + element("string", "a"), R"("a")"},
+        {array(""), "[]"},
+        {array(" \n<null/> <!--c--> <null/><?p?>\t"), "[null,null]"},
+        {map(" <null key='a'/>\n<map key=''><array key='a'/></map>"), R"({"a":null,"":{"a":[]}})"},
+        {"<p:array xmlns:p='" + NAMESPACE + "'><p:null/><n:null xmlns:n='" + NAMESPACE +
+             "'/></p:array>",
+         "[null,null]"},
+        // Attributes of other namespaces; a key that the outermost element has kept.
+        {array("<null xml:space='default' o:key='k' xmlns:o='o'/>"), "[null]"},
+        {"<map key='k' escaped-key='x' xmlns='" + NAMESPACE + "'/>", "{}"},
+        // Booleans, and numbers with and without the form of JSON.
+        {array("<boolean> tr<!--c-->ue\n</boolean><boolean>0</boolean><boolean>&#13;1</boolean>"),
+         "[true,false,true]"},
+        {array("<number>-0</number><number>1E+06</number><number> 1e400 </number>"
+               "<number>2<!--c-->7.50</number>"),
+         "[-0,1E+06,1e400,27.50]"},
+        {array("<number> +005 </number><number>-.50</number><number>23.</number>"
+               "<number>+1e6</number><number>0.0000015</number><number>+1e-6</number>"
+               "<number>-01.5e-7</number><number>-00e1</number><number>+1e-999</number>"
+               "<number>+999999.5</number><number>00.1</number>"),
+         "[5,-0.5,23,1.0E6,0.0000015,0.000001,-1.5E-7,-0,0,999999.5,0.1]"},
+    };
+    for (const auto& [xml, json] : cases) {
+        const Result result = run({}, xml);
+        EXPECT_EQ(result.error, "") << xml;
+        EXPECT_EQ(result.output, json + '\n') << xml;
+    }
+}
+
+TEST(Conversion, EscapesStringsAndKeys)
+{
+    const struct
+    {
+        std::string escaped;
+        std::string text;
+        std::string json;
+    } cases[] = {
+        {"", "\"\\/&amp;&lt;'&#9;&#10;&#13;", R"(\"\\\/&<'\t\n\r)"},
+        {"false", R"(\n\u0041)", R"(\\n\\u0041)"},
+        {"0", "\x7F\u0080\u009F\u00A0\u00C2\U0001F600",
+         "\\u007F\\u0080\\u009F\u00A0\u00C2\U0001F600"},
+        {"true", R"(\\\/\b\f\n\r\t\u00aF\ud83d\ude00\ud800\u0000\&quot;)",
+         R"(\\\/\b\f\n\r\t\u00aF\ud83d\ude00\ud800\u0000\")"},
+        {"1", "&quot;/&#9;&#10;&#13;\x7F\u0085\\\\/", R"(\"\/\t\n\r\u007F\u0085\\\/)"},
+        {"&#9; true ",
+         R"(\)"
+         "<!--in a string-->n",
+         R"(\n)"},
+    };
+    for (const auto& [escaped, text, json] : cases) {
+        const auto attribute = [&escaped = escaped](const std::string& name) {
+            return escaped.empty() ? "" : ' ' + name + "=\"" + escaped + '"';
+        };
+        EXPECT_EQ(
+            run({}, array("<string" + attribute("escaped") + ">" + text + "</string>")).output,
+            "[\"" + json + "\"]\n");
+        if (text.find('<') == text.npos) {
+            std::string quoted;
+            for (const char byte : text) {
+                quoted += byte == '"' ? "&quot;" : std::string(1, byte);
+            }
+            EXPECT_EQ(run({}, map("<null" + attribute("escaped-key") + " key=\"" + quoted + "\"/>"))
+                          .output,
+                      "{\"" + json + "\":null}\n");
+        }
+    }
+}
+
+TEST(Conversion, ComparesKeysWithoutTheirEscapes)
+{
+    const auto members = [](const std::string& first, const std::string& second) {
+        return map("<null " + first + "/><null " + second + "/>");
+    };
+    const std::pair<std::string, std::string> repeated[] = {
+        {"key='a'", "key='a'"},
+        {"key='a/'", "escaped-key='1' key='\\u0061\\/'"},
+        {"key='&#10;'", "escaped-key='1' key='\\n'"},
+        {"key='\u00E9'", "escaped-key='1' key='\\u00E9'"},
+        {"key='\u20AC'", "escaped-key='1' key='\\u20ac'"},
+        {"key='\U0001F600'", "escaped-key='1' key='\\uD83D\\ude00'"},
+        {"escaped-key='1' key='\\udEAD'", "escaped-key='1' key='\\uDEAd'"},
+    };
+    for (const auto& [first, second] : repeated) {
+        const Result result = run({}, members(first, second));
+        EXPECT_THAT(result.error, testing::HasSubstr("the key is repeated")) << first << second;
+        EXPECT_EQ(run({"--keep-repeated-keys"}, members(first, second)).error, "");
+    }
+    const std::pair<std::string, std::string> different[] = {
+        {"key='a'", "key='b'"},
+        {"key='\\n'", "escaped-key='1' key='\\n'"},
+        {"escaped-key='1' key='\\ud83d'", "escaped-key='1' key='\\ude00'"},
+    };
+    for (const auto& [first, second] : different) {
+        EXPECT_EQ(run({}, members(first, second)).error, "") << first << second;
+    }
+    EXPECT_EQ(run({}, map("<map key='a'><null key='a'/></map><null key='b'/>")).error, "");
+    EXPECT_EQ(run({"--keep-repeated-keys"}, members("key='a'", "key='a'")).output,
+              "{\"a\":null,\"a\":null}\n");
+}
+
+TEST(Conversion, LaysTheJsonOut)
+{
+    const std::string xml =
+        array("<number>1</number><map><array key='a'><null/></array></map><string>a\nb</string>");
+    EXPECT_EQ(run({"--indent", "2"}, xml).output,
+              "[\n  1,\n  {\n    \"a\": [\n      null\n    ]\n  },\n  \"a\\nb\"\n]\n");
+    EXPECT_EQ(run({"--lines"}, xml).output, "1\n{\"a\":[null]}\n\"a\\nb\"\n");
+    EXPECT_EQ(run({"--lines"}, array("")).output, "");
+    EXPECT_THAT(run({"--lines"}, map("")).error, testing::HasSubstr("1:1: expected array"));
+    for (const Arguments& arguments :
+         {Arguments{"--indent", "-1"}, {"--indent", "101"}, {"--indent", "2", "--lines"}}) {
+        EXPECT_EQ(run(arguments, xml).status, 2);
+    }
+}
+
+TEST(Conversion, LimitsTheDepth)
+{
+    const auto nested = [](std::size_t depth) {
+        std::string xml = "<array xmlns=\"" + NAMESPACE + "\">";
+        for (std::size_t i = 1; i < depth; ++i) {
+            xml += "<array>";
+        }
+        for (std::size_t i = 1; i < depth; ++i) {
+            xml += "</array>";
+        }
+        return xml + "</array>";
+    };
+    EXPECT_EQ(run({}, nested(1000)).output, std::string(1000, '[') + std::string(1000, ']') + '\n');
+    EXPECT_THAT(run({}, nested(1001)).error, testing::HasSubstr("nested deeper than 1000 levels"));
+    EXPECT_EQ(run({"--max-depth", "1"}, array("<null/>")).error, "");
+    EXPECT_EQ(run({"--max-depth", "0"}, element("null", "")).error, "");
+    EXPECT_EQ(run({"--max-depth", "0"}, map("")).status, 1);
+    EXPECT_EQ(run({"--max-depth", "1", "--lines"}, array("<array/>")).error, "");
+    EXPECT_EQ(run({"--max-depth", "1", "--lines"}, array("<array><map/></array>")).status, 1);
+}
+
+TEST(Conversion, SaysWhatIsWrongAndWhere)
+{
+    const std::string unknown = "expected array, boolean, map, null, number or string, found ";
+    const std::pair<std::string, std::string> cases[] = {
+        {"", "1:1: expected an element"},
+        {"text", "1:1: expected an element"},
+        {array("").substr(0, 100), "1:101: the input ends inside an element"},
+        {array("<null>").substr(0, 106), "1:107: the input ends inside an element"},
+        {array("</map>"), "1:107: Opening and ending tag mismatch: array line 1 and map"},
+        {array("") + "\n x", "2:2: Extra content at the end of the document"},
+        {array("&e;"), "1:104: Entity 'e' not defined"},
+        {"<p:array/>", "1:9: Namespace prefix p on array is not defined"},
+        {array("<null p:a=''/>"), "1:113: Namespace prefix p for a on null is not defined"},
+        // Document types.
+        {"\n <!DOCTYPE map>" + map(""), "2:2: a document type declaration is not allowed"},
+        {"<!DOCTYPE map SYSTEM '/dev/zero' [<!ENTITY e 'e'>]>" + map("&e;"),
+         "1:1: a document type declaration is not allowed"},
+        // Elements.
+        {"\n\n  <array/>", "3:3: 'array' is not in the namespace " + NAMESPACE},
+        {"<array xmlns='" + NAMESPACE + "#'/>",
+         "1:1: 'array' is not in the namespace " + NAMESPACE},
+        {array("\n <nul/>"), "2:2: " + unknown + "'nul'"},
+        {array("\u00E9").replace(100, 2, "<null/>\n\n<Array\n a='\n'/>"),
+         "3:1: " + unknown + "'Array'"},
+        {array("<string>\u00E9<null/></string>"),
+         "1:110: an element inside a value that can only be text"},
+        // Attributes.
+        {array("<null key='a'/>"), "1:101: a key in an array, at null"},
+        {array("<null escaped-key='0'/>"), "1:101: a key in an array, at null"},
+        {map("<null/>"), "1:101: null in a map has no key"},
+        {map("<null escaped-key='0'/>"), "1:101: null in a map has no key"},
+        {map("<null key='' yek=''/>"), "1:101: null cannot have the attribute 'yek'"},
+        {map("<null key='' p:key='' xmlns:p='" + NAMESPACE + "'/>"),
+         "1:101: null cannot have the attribute 'key'"},
+        {array("<number escaped='0'/>"), "1:101: number cannot have the attribute 'escaped'"},
+        {array("<string escaped='no'/>"),
+         "1:101: the attribute 'escaped' is not true, false, 1 or 0"},
+        {map("<null key='' escaped-key='TRUE'/>"),
+         "1:101: the attribute 'escaped-key' is not true, false, 1 or 0"},
+        {map("<null key='k'/>\n<null key='k'/>"),
+         "2:1: the key is repeated in its map (see --keep-repeated-keys)"},
+        // Content.
+        {array("<null/>\n\u00E9"), "2:1: text outside of strings, numbers and booleans"},
+        {map("\n <![CDATA[x]]>"), "2:2: text outside of strings, numbers and booleans"},
+        {array("\n<null> </null>"), "2:7: text in null, which must be empty"},
+        {array(" <boolean/>"), "1:102: the content of boolean is not true, false, 1 or 0"},
+        {array("<boolean>falsely</boolean>"), "1:101: a value longer than 5 bytes"},
+        {array("<boolean>t rue</boolean>"),
+         "1:101: the content of boolean is not true, false, 1 or 0"},
+        {array("<string escaped='1'>\\x</string>"),
+         "1:101: a string with an unknown escape sequence"},
+        {array("<string escaped='1'>\\u00G0</string>"),
+         "1:101: a string with an unknown escape sequence"},
+        {array("<string escaped='1'>\\u000</string>"),
+         "1:101: a string that ends inside an escape sequence"},
+        {map("<null escaped-key='1' key='\\'/>"), "1:101: a key with an unknown escape sequence"},
+        {map("<null escaped-key='1' key='\\u000'/>"),
+         "1:101: a key with an unknown escape sequence"},
+        // After the first block.
+        {array(std::string(BLOCK_SIZE, '\n') + "<null/>" + std::string(BLOCK_SIZE, ' ') + "<x/>"),
+         "65537:65544: " + unknown + "'x'"},
+    };
+    for (const auto& [xml, problem] : cases) {
+        const Result result = run({}, xml);
+        EXPECT_EQ(result.status, 1) << xml.substr(0, 200);
+        EXPECT_EQ(result.error, "xml2json: <stdin>:" + problem + '\n') << xml.substr(0, 200);
+    }
+}
+
+TEST(Conversion, RefusesWhatIsNoFiniteNumber)
+{
+    for (const std::string text :
+         {"", " ", "-", ".", "1e", "1e+", "e1", "1 2", "1<!-- --> 2", "0x1", "1d", "INF", "-INF",
+          "NaN", "+1e999", "-01e400", "1.2.3", "--1"}) {
+        EXPECT_EQ(run({}, array("<number>" + text + "</number>")).status, 1) << text;
+    }
+}
+
+} // namespace
