@@ -14,32 +14,15 @@ using namespace tarn::tools;
 
 namespace {
 
-constexpr char REPLACEMENT_DIGITS[] = {'F', 'F', 'F', 'D'};
-
-/// Replaces the escape at @p first if it is a surrogate without a partner. Returns the length of
-/// that escape; of both escapes if they are a surrogate pair.
-std::size_t replaceLoneSurrogate(char* first, const char* last)
-{
-    const std::optional<char16_t> codeUnit = escapedCodeUnit({first, last});
-    if (!codeUnit) {
-        return SHORT_ESCAPE_SIZE;
-    }
-    if (tarn::text::isHighSurrogate(*codeUnit) &&
-        tarn::text::isLowSurrogate(
-            escapedCodeUnit({first + UNICODE_ESCAPE_SIZE, last}).value_or(0))) {
-        return 2 * UNICODE_ESCAPE_SIZE;
-    }
-    if (tarn::text::isHighSurrogate(*codeUnit) || tarn::text::isLowSurrogate(*codeUnit)) {
-        std::ranges::copy(REPLACEMENT_DIGITS, first + UNICODE_ESCAPE_START.size());
-    }
-    return UNICODE_ESCAPE_SIZE;
-}
+/// The digits of the escape sequence that takes the place of a surrogate without a partner.
+constexpr std::string_view REPLACEMENT_DIGITS = "FFFD";
+constexpr std::string_view SPECIAL_DIGITS = "0000";
 
 } // namespace
 
-JsonInput::JsonInput(tarn::tools::InputFile file, const Limits& limits)
+JsonInput::JsonInput(InputFile file, const Limits& limits, bool keepsSpecialUnits)
     : file(std::move(file)), limitsOfInput(limits), buffer(BLOCK_SIZE + 1), current(buffer.data()),
-      visibleEnd(current), readEnd(current)
+      visibleEnd(current), readEnd(current), keepsSpecialUnits(keepsSpecialUnits)
 {
     continueAtEnd();
     skipByteOrderMark();
@@ -162,11 +145,35 @@ void JsonInput::revealEscapes()
         if (!ended && readEnd - escape < static_cast<std::ptrdiff_t>(2 * UNICODE_ESCAPE_SIZE)) {
             break;
         }
-        escape += replaceLoneSurrogate(escape, readEnd);
+        escape += passEscape(escape);
         escape = std::min(escape, readEnd);
     }
     visibleEnd = escape;
     *readEnd = '\0';
+}
+
+/// Replaces the escape at @p first if it is a surrogate without a partner. Returns the length of
+/// that escape; of both escapes if they are a surrogate pair.
+std::size_t JsonInput::passEscape(char* first)
+{
+    const std::optional<char16_t> unit = escapedCodeUnit({first, readEnd});
+    if (!unit) {
+        return SHORT_ESCAPE_SIZE;
+    }
+    if (tarn::text::isHighSurrogate(*unit) &&
+        tarn::text::isLowSurrogate(
+            escapedCodeUnit({first + UNICODE_ESCAPE_SIZE, readEnd}).value_or(0))) {
+        return 2 * UNICODE_ESCAPE_SIZE;
+    }
+    const bool isSurrogate = tarn::text::isSurrogate(*unit);
+    if (isSurrogate) {
+        std::ranges::copy(keepsSpecialUnits ? SPECIAL_DIGITS : REPLACEMENT_DIGITS,
+                          first + UNICODE_ESCAPE_START.size());
+    }
+    if (keepsSpecialUnits && (isSurrogate || *unit == 0)) {
+        specialUnits.push_back(*unit);
+    }
+    return UNICODE_ESCAPE_SIZE;
 }
 
 /// Reads on until the byte after the first @p size bytes of a number is visible, or to the end.

@@ -7,6 +7,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <deque>
 #include <rapidjson/reader.h>
 #include <string>
 #include <vector>
@@ -19,7 +20,9 @@ namespace json2xml {
 /// so that the reader's positions stay right:
 /// - A `double` cannot hold every number. So the input checks each number itself, keeps its text,
 ///   and leaves one digit and blanks to the reader.
-/// - An escaped surrogate without a partner becomes `\uFFFD`.
+/// - An escaped surrogate without a partner becomes `\uFFFD`. If special units are kept, it becomes
+///   `\u0000`, and takeSpecialUnit() tells what each U+0000 of a string stands for. No other U+0000
+///   can be in a string, since JSON has it as an escape sequence only.
 ///
 /// A string or number that exceeds its limit is refused while it is read, before it takes much more
 /// memory than the limit allows.
@@ -27,7 +30,9 @@ class JsonInput
 {
 public:
     /// Reads the first block; skips a byte order mark.
-    JsonInput(tarn::tools::InputFile file, const Limits& limits);
+    ///
+    /// @param keepsSpecialUnits surrogates without a partner are not replaced.
+    JsonInput(tarn::tools::InputFile file, const Limits& limits, bool keepsSpecialUnits = false);
 
     /// The members that RapidJSON requires of an input stream. After the last byte they give NUL,
     /// however often they are called.
@@ -60,6 +65,15 @@ public:
         if (isDigit(*current) || *current == '-') {
             captureNumber();
         }
+    }
+
+    /// What the next U+0000 of a string stands for: itself, or a surrogate. Must be called once for
+    /// each, in their order, if special units are kept.
+    char16_t takeSpecialUnit()
+    {
+        const char16_t unit = specialUnits.front();
+        specialUnits.pop_front();
+        return unit;
     }
 
     /// The text of the last number that skipToToken() met.
@@ -126,6 +140,7 @@ private:
     void dropUsed();
     void readBlock();
     void revealEscapes();
+    std::size_t passEscape(char* first);
     void showMoreOfNumber(std::size_t size);
     char peekAhead(std::size_t distance);
     std::size_t passDigits(std::size_t distance);
@@ -158,6 +173,10 @@ private:
     bool isInString = false;
 
     std::u16string numberText;
+
+    const bool keepsSpecialUnits;
+    /// Those that the reader has not had yet, too.
+    std::deque<char16_t> specialUnits;
 };
 
 } // namespace json2xml

@@ -16,7 +16,8 @@ constexpr auto DESCRIPTION =
 
 const std::string NOTES =
     "The input is one JSON value in UTF-8. Numbers keep their digits, repeated keys are\n"
-    "kept, and each character that XML 1.0 does not allow becomes U+FFFD.\n"
+    "kept, and each character that XML 1.0 does not allow becomes U+FFFD, unless --escape\n"
+    "is given. xml2json turns the XML back into JSON.\n"
     "\n"
     "Memory grows with the longest string or number and the depth, not with the input. A\n"
     "string (which a key is too) of more than " +
@@ -52,6 +53,10 @@ Options parseOptions(int argumentCount, const char* const* arguments)
     app.footer(NOTES);
     tarn::tools::addCommonOptions(app, "JSON", "arrays and objects", options.files,
                                   options.limits.depth);
+    app.add_flag("--escape", options.format.hasEscapes,
+                 "Write control characters, backslashes and what XML 1.0 does not\n"
+                 "allow as JSON escape sequences, in elements marked with\n"
+                 "escaped=\"true\" or escaped-key=\"true\", so that nothing is lost");
     tarn::tools::parseCommandLine(app, argumentCount, arguments, options.files);
     return options;
 }

@@ -3,6 +3,7 @@
 
 #include "tools/common/FileOptions.hpp"
 #include "tools/json2xml/limits.hpp"
+#include "tools/json2xml/XmlHandler.hpp"
 
 namespace json2xml {
 
@@ -10,6 +11,7 @@ struct Options
 {
     tarn::tools::FileOptions files;
     Limits limits;
+    Format format;
 };
 
 /// Throws a tarn::tools::UsageError for what it does not understand.

@@ -1,7 +1,12 @@
 #include "tools/json2xml/XmlHandler.hpp"
 
+#include "text/utf16.hpp"
+#include "tools/common/json_escapes.hpp"
+
 #include <algorithm>
 #include <limits>
+#include <optional>
+#include <string_view>
 
 namespace json2xml {
 
@@ -20,6 +25,8 @@ const std::u16string NULL_VALUE = u"null";
 const std::u16string NUMBER = u"number";
 const std::u16string STRING = u"string";
 const std::u16string KEY = u"key";
+const std::u16string ESCAPED = u"escaped";
+const std::u16string ESCAPED_KEY = u"escaped-key";
 
 const std::u16string TRUE = u"true";
 const std::u16string FALSE = u"false";
@@ -57,6 +64,46 @@ bool hasSpecial(const std::u16string& text)
     return found;
 }
 
+/// Whether @p unit is special for the recommendation's option `escape`, unless it is half of a
+/// surrogate pair.
+bool isEscapable(char16_t unit)
+{
+    return isSpecial(unit) || unit == u'\\' || (unit >= 0x7F && unit <= 0x9F) ||
+           tarn::text::isSurrogate(unit);
+}
+
+/// The number of code units from the beginning of @p text that need no escape.
+std::size_t plainSize(std::u16string_view text)
+{
+    std::size_t size = 0;
+    while (size < text.size()) {
+        const bool isPair = size + 1 < text.size() && tarn::text::isHighSurrogate(text[size]) &&
+                            tarn::text::isLowSurrogate(text[size + 1]);
+        if (isPair) {
+            size += 2;
+        } else if (isEscapable(text[size])) {
+            break;
+        } else {
+            ++size;
+        }
+    }
+    return size;
+}
+
+std::u16string escapeSequence(char16_t unit)
+{
+    constexpr char16_t DIGITS[] = u"0123456789ABCDEF";
+    if (const std::optional<char> letter = tarn::tools::escapeLetter(unit)) {
+        return {u'\\', static_cast<char16_t>(*letter)};
+    }
+    return {u'\\',
+            u'u',
+            DIGITS[unit >> 12],
+            DIGITS[unit >> 8 & 0xF],
+            DIGITS[unit >> 4 & 0xF],
+            DIGITS[unit & 0xF]};
+}
+
 const std::u16string& reference(char16_t whiteSpace)
 {
     switch (whiteSpace) {
@@ -71,7 +118,8 @@ const std::u16string& reference(char16_t whiteSpace)
 
 } // namespace
 
-XmlHandler::XmlHandler(JsonInput& input, std::ostream& output) : input(input), writer(output)
+XmlHandler::XmlHandler(JsonInput& input, std::ostream& output, const Format& format)
+    : input(input), format(format), writer(output)
 {
     writer.writeStartDocument();
     writer.registerDefaultNamespace(NAMESPACE);
@@ -102,10 +150,18 @@ bool XmlHandler::Uint(unsigned)
 bool XmlHandler::String(const char16_t* characters, rapidjson::SizeType length, bool)
 {
     input.endString();
-    text.assign(characters, length);
+    assign(text, characters, length);
     startElement(STRING);
+    const bool isEscaped = format.hasEscapes && plainSize(text) < text.size();
+    if (isEscaped) {
+        writeAttribute(ESCAPED, TRUE);
+    }
     writer.writeStartElementClose();
-    writeText(text, NORMALISED_IN_CONTENT);
+    if (isEscaped) {
+        writeEscaped(text);
+    } else {
+        writeText(text, NORMALISED_IN_CONTENT);
+    }
     writer.writeEndElement();
     return true;
 }
@@ -118,7 +174,7 @@ bool XmlHandler::StartObject()
 bool XmlHandler::Key(const char16_t* characters, rapidjson::SizeType length, bool)
 {
     input.endString();
-    key.assign(characters, length);
+    assign(key, characters, length);
     hasKey = true;
     return true;
 }
@@ -148,10 +204,36 @@ void XmlHandler::startElement(const std::u16string& name)
 {
     writer.writeStartElement(name, NAMESPACE, NO_PREFIX);
     if (hasKey) {
+        const bool isEscaped = format.hasEscapes && plainSize(key) < key.size();
         writer.writeStartAttribute(KEY, NO_NAMESPACE, NO_PREFIX);
-        writeText(key, NORMALISED_IN_ATTRIBUTE);
+        if (isEscaped) {
+            writeEscaped(key);
+        } else {
+            writeText(key, NORMALISED_IN_ATTRIBUTE);
+        }
         writer.writeEndAttribute();
+        if (isEscaped) {
+            writeAttribute(ESCAPED_KEY, TRUE);
+        }
         hasKey = false;
+    }
+}
+
+void XmlHandler::writeAttribute(const std::u16string& name, const std::u16string& plainText)
+{
+    writer.writeStartAttribute(name, NO_NAMESPACE, NO_PREFIX);
+    writer.writeValue(plainText);
+    writer.writeEndAttribute();
+}
+
+/// Takes over the text of a string, with the special units that the reader must not see.
+void XmlHandler::assign(std::u16string& text, const char16_t* characters, std::size_t length)
+{
+    text.assign(characters, length);
+    if (format.hasEscapes) {
+        for (std::size_t place = 0; (place = text.find(u'\0', place)) < text.size(); ++place) {
+            text[place] = input.takeSpecialUnit();
+        }
     }
 }
 
@@ -204,6 +286,20 @@ void XmlHandler::writeInPieces(const std::u16string& text, const std::u16string&
             writer.writeRawXml(reference(text[end]));
         }
         start = end + 1;
+    }
+}
+
+void XmlHandler::writeEscaped(const std::u16string& text)
+{
+    std::u16string_view rest = text;
+    while (!rest.empty()) {
+        piece = rest.substr(0, plainSize(rest));
+        writer.writeValue(piece);
+        rest.remove_prefix(piece.size());
+        if (!rest.empty()) {
+            writer.writeValue(escapeSequence(rest.front()));
+            rest.remove_prefix(1);
+        }
     }
 }
 

@@ -13,6 +13,15 @@
 
 namespace json2xml {
 
+/// What the XML looks like.
+struct Format
+{
+    /// Characters that are special for the recommendation's option `escape` become JSON escape
+    /// sequences, among them all that XML 1.0 does not allow. The input must keep special units.
+    /// Otherwise those that XML 1.0 does not allow become U+FFFD.
+    bool hasEscapes = false;
+};
+
 /// Strings come as UTF-16. A number comes as its first digit; the input keeps its text.
 class XmlHandler : public rapidjson::BaseReaderHandler<rapidjson::UTF16<char16_t>, XmlHandler>
 {
@@ -21,7 +30,7 @@ public:
     ///
     /// @param input the input that the reader reads. It knows the texts of numbers, the position
     ///        that a message names, and the limits.
-    XmlHandler(JsonInput& input, std::ostream& output);
+    XmlHandler(JsonInput& input, std::ostream& output, const Format& format);
 
     bool Null();
     bool Bool(bool isTrue);
@@ -38,7 +47,10 @@ public:
     void finish();
 
 private:
+    /// Writes a start tag without its end, with the key if there is one.
     void startElement(const std::u16string& name);
+    void writeAttribute(const std::u16string& name, const std::u16string& plainText);
+    void assign(std::u16string& text, const char16_t* characters, std::size_t length);
     bool writeSimple(const std::u16string& name, const std::u16string& plainText);
     bool startContainer(const std::u16string& name);
     bool endContainer();
@@ -50,7 +62,11 @@ private:
     void writeText(std::u16string& text, const std::u16string& normalised);
     void writeInPieces(const std::u16string& text, const std::u16string& normalised);
 
+    /// Writes @p text, which has characters to escape, as content or into the open attribute value.
+    void writeEscaped(const std::u16string& text);
+
     JsonInput& input;
+    const Format format;
     tarn::utils::XmlWriter writer;
     /// How many arrays and objects are open.
     std::size_t depth = 0;

@@ -1,8 +1,6 @@
 #include "tools/json2xml/convert.hpp"
 
 #include "common/ThrowingAllocator.hpp"
-#include "tools/json2xml/XmlHandler.hpp"
-
 #include <rapidjson/error/error.h>
 
 namespace json2xml {
@@ -64,9 +62,9 @@ std::string describe(rapidjson::ParseErrorCode code, const JsonInput& input, std
 
 } // namespace
 
-void convert(JsonInput& input, std::ostream& output)
+void convert(JsonInput& input, std::ostream& output, const Format& format)
 {
-    XmlHandler handler(input, output);
+    XmlHandler handler(input, output, format);
     Reader reader;
     const rapidjson::ParseResult result = reader.Parse<PARSE_FLAGS>(input, handler);
     if (result.IsError()) {

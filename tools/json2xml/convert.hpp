@@ -2,6 +2,7 @@
 #pragma once
 
 #include "tools/json2xml/JsonInput.hpp"
+#include "tools/json2xml/XmlHandler.hpp"
 
 #include <iosfwd>
 
@@ -12,6 +13,6 @@ namespace json2xml {
 /// Memory grows with the longest string or number and with the depth, not with the input. Throws
 /// what JsonInput::fail throws if the input is not JSON or exceeds its limits, and what reading
 /// @p input and writing @p output throw.
-void convert(JsonInput& input, std::ostream& output);
+void convert(JsonInput& input, std::ostream& output, const Format& format = {});
 
 } // namespace json2xml

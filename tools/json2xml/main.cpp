@@ -10,8 +10,8 @@ int main(int argumentCount, char** arguments)
     return runProgram(PROGRAM, [&] {
         const json2xml::Options options = json2xml::parseOptions(argumentCount, arguments);
         convertFile(PROGRAM, options.files, [&](InputFile file, std::ostream& output) {
-            json2xml::JsonInput input(std::move(file), options.limits);
-            json2xml::convert(input, output);
+            json2xml::JsonInput input(std::move(file), options.limits, options.format.hasEscapes);
+            json2xml::convert(input, output, options.format);
         });
     });
 }
