@@ -225,6 +225,7 @@ void JsonInput::captureNumber()
     }
     checkNumberSize(size);
     numberText.assign(current, current + size);
+    numberEnd = Tell() + size;
     std::fill(current + signSize + 1, current + size, ' ');
 }
 

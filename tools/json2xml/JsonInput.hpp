@@ -53,13 +53,26 @@ public:
     void Put(Ch) {}
     std::size_t PutEnd(Ch*) { return 0; }
 
-    /// Goes to the next byte that is not white space. If a number begins there, checks it, keeps
-    /// its text for number() and blanks out all but its sign and first digit.
-    void skipToToken()
+    void skipWhiteSpace()
     {
         while (isWhiteSpace(*current)) {
             Take();
         }
+    }
+
+    /// Goes behind the last number that skipToToken() met, if the reader has just read it.
+    void skipRestOfNumber()
+    {
+        while (Tell() < numberEnd) {
+            Take();
+        }
+    }
+
+    /// Goes to the next byte that is not white space. If a number begins there, checks it, keeps
+    /// its text for number() and blanks out all but its sign and first digit.
+    void skipToToken()
+    {
+        skipWhiteSpace();
         tokenOffset = Tell();
         isInString = *current == '"';
         if (isDigit(*current) || *current == '-') {
@@ -173,6 +186,8 @@ private:
     bool isInString = false;
 
     std::u16string numberText;
+    /// The offset of the byte after that number.
+    std::size_t numberEnd = 0;
 
     const bool keepsSpecialUnits;
     /// Those that the reader has not had yet, too.

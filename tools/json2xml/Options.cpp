@@ -53,10 +53,14 @@ Options parseOptions(int argumentCount, const char* const* arguments)
     app.footer(NOTES);
     tarn::tools::addCommonOptions(app, "JSON", "arrays and objects", options.files,
                                   options.limits.depth);
+    app.add_flag("--compact", options.format.isCompact, "Write everything on one line");
     app.add_flag("--escape", options.format.hasEscapes,
                  "Write control characters, backslashes and what XML 1.0 does not\n"
                  "allow as JSON escape sequences, in elements marked with\n"
                  "escaped=\"true\" or escaped-key=\"true\", so that nothing is lost");
+    app.add_flag("--lines", options.format.hasLines,
+                 "Read any number of values, such as JSON Lines, and write them\n"
+                 "as the members of one array");
     tarn::tools::parseCommandLine(app, argumentCount, arguments, options.files);
     return options;
 }

@@ -14,10 +14,6 @@ static_assert(Limits().stringSize < std::numeric_limits<rapidjson::SizeType>::ma
 
 namespace {
 
-const std::u16string NAMESPACE = u"http://www.w3.org/2005/xpath-functions";
-const std::u16string NO_NAMESPACE;
-const std::u16string NO_PREFIX;
-
 const std::u16string ARRAY = u"array";
 const std::u16string BOOLEAN = u"boolean";
 const std::u16string MAP = u"map";
@@ -30,7 +26,6 @@ const std::u16string ESCAPED_KEY = u"escaped-key";
 
 const std::u16string TRUE = u"true";
 const std::u16string FALSE = u"false";
-const std::u16string LINE_FEED = u"\n";
 
 const std::u16string TAB_REFERENCE = u"&#9;";
 const std::u16string LINE_FEED_REFERENCE = u"&#10;";
@@ -119,16 +114,14 @@ const std::u16string& reference(char16_t whiteSpace)
 } // namespace
 
 XmlHandler::XmlHandler(JsonInput& input, std::ostream& output, const Format& format)
-    : input(input), format(format), writer(output)
+    : input(input), format(format), writer(output, format.isCompact)
 {
-    writer.writeStartDocument();
-    writer.registerDefaultNamespace(NAMESPACE);
 }
 
 bool XmlHandler::Null()
 {
     startElement(NULL_VALUE);
-    writer.writeEndElement();
+    writer.endElement(NULL_VALUE);
     return true;
 }
 
@@ -156,13 +149,13 @@ bool XmlHandler::String(const char16_t* characters, rapidjson::SizeType length, 
     if (isEscaped) {
         writeAttribute(ESCAPED, TRUE);
     }
-    writer.writeStartElementClose();
+    writer.startText();
     if (isEscaped) {
         writeEscaped(text);
     } else {
         writeText(text, NORMALISED_IN_CONTENT);
     }
-    writer.writeEndElement();
+    writer.endElement(STRING);
     return true;
 }
 
@@ -181,7 +174,7 @@ bool XmlHandler::Key(const char16_t* characters, rapidjson::SizeType length, boo
 
 bool XmlHandler::EndObject(rapidjson::SizeType)
 {
-    return endContainer();
+    return endContainer(MAP);
 }
 
 bool XmlHandler::StartArray()
@@ -191,27 +184,36 @@ bool XmlHandler::StartArray()
 
 bool XmlHandler::EndArray(rapidjson::SizeType)
 {
-    return endContainer();
+    return endContainer(ARRAY);
+}
+
+void XmlHandler::startLines()
+{
+    startElement(ARRAY);
+}
+
+void XmlHandler::endLines()
+{
+    writer.endElement(ARRAY);
 }
 
 void XmlHandler::finish()
 {
-    writer.writeRawXml(LINE_FEED);
-    writer.writeEndDocument();
+    writer.finish();
 }
 
 void XmlHandler::startElement(const std::u16string& name)
 {
-    writer.writeStartElement(name, NAMESPACE, NO_PREFIX);
+    writer.startElement(name);
     if (hasKey) {
         const bool isEscaped = format.hasEscapes && plainSize(key) < key.size();
-        writer.writeStartAttribute(KEY, NO_NAMESPACE, NO_PREFIX);
+        writer.startAttribute(KEY);
         if (isEscaped) {
             writeEscaped(key);
         } else {
             writeText(key, NORMALISED_IN_ATTRIBUTE);
         }
-        writer.writeEndAttribute();
+        writer.endAttribute();
         if (isEscaped) {
             writeAttribute(ESCAPED_KEY, TRUE);
         }
@@ -221,9 +223,9 @@ void XmlHandler::startElement(const std::u16string& name)
 
 void XmlHandler::writeAttribute(const std::u16string& name, const std::u16string& plainText)
 {
-    writer.writeStartAttribute(name, NO_NAMESPACE, NO_PREFIX);
+    writer.startAttribute(name);
     writer.writeValue(plainText);
-    writer.writeEndAttribute();
+    writer.endAttribute();
 }
 
 /// Takes over the text of a string, with the special units that the reader must not see.
@@ -240,9 +242,9 @@ void XmlHandler::assign(std::u16string& text, const char16_t* characters, std::s
 bool XmlHandler::writeSimple(const std::u16string& name, const std::u16string& plainText)
 {
     startElement(name);
-    writer.writeStartElementClose();
+    writer.startText();
     writer.writeValue(plainText);
-    writer.writeEndElement();
+    writer.endElement(name);
     return true;
 }
 
@@ -257,10 +259,10 @@ bool XmlHandler::startContainer(const std::u16string& name)
     return true;
 }
 
-bool XmlHandler::endContainer()
+bool XmlHandler::endContainer(const std::u16string& name)
 {
     --depth;
-    writer.writeEndElement();
+    writer.endElement(name);
     return true;
 }
 

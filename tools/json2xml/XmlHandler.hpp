@@ -2,6 +2,7 @@
 // and XQuery Functions and Operators 3.1.
 #pragma once
 
+#include "tools/json2xml/ElementWriter.hpp"
 #include "tools/json2xml/JsonInput.hpp"
 
 #include <cstddef>
@@ -9,7 +10,6 @@
 #include <rapidjson/encodings.h>
 #include <rapidjson/reader.h>
 #include <string>
-#include <tarn/xml/XmlWriter.hpp>
 
 namespace json2xml {
 
@@ -20,6 +20,12 @@ struct Format
     /// sequences, among them all that XML 1.0 does not allow. The input must keep special units.
     /// Otherwise those that XML 1.0 does not allow become U+FFFD.
     bool hasEscapes = false;
+
+    /// Everything stands on one line.
+    bool isCompact = false;
+
+    /// The input is any number of values, which become the members of an array.
+    bool hasLines = false;
 };
 
 /// Strings come as UTF-16. A number comes as its first digit; the input keeps its text.
@@ -43,6 +49,11 @@ public:
     bool StartArray();
     bool EndArray(rapidjson::SizeType elementCount);
 
+    /// Starts and ends the array whose members are the values of an input of lines. It is no level
+    /// of the depth.
+    void startLines();
+    void endLines();
+
     /// Ends the document with a line feed and pushes all text to the output.
     void finish();
 
@@ -53,7 +64,7 @@ private:
     void assign(std::u16string& text, const char16_t* characters, std::size_t length);
     bool writeSimple(const std::u16string& name, const std::u16string& plainText);
     bool startContainer(const std::u16string& name);
-    bool endContainer();
+    bool endContainer(const std::u16string& name);
 
     /// Replaces in @p text what XML 1.0 does not allow and writes it, as content or into the open
     /// attribute value, so that a parser reads the same text back.
@@ -67,7 +78,7 @@ private:
 
     JsonInput& input;
     const Format format;
-    tarn::utils::XmlWriter writer;
+    ElementWriter writer;
     /// How many arrays and objects are open.
     std::size_t depth = 0;
 

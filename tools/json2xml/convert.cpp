@@ -2,6 +2,7 @@
 
 #include "common/ThrowingAllocator.hpp"
 #include <rapidjson/error/error.h>
+#include <string_view>
 
 namespace json2xml {
 
@@ -60,19 +61,57 @@ std::string describe(rapidjson::ParseErrorCode code, const JsonInput& input, std
     }
 }
 
+/// Reads one value.
+template <unsigned FLAGS>
+void parse(Reader& reader, JsonInput& input, XmlHandler& handler)
+{
+    const rapidjson::ParseResult result = reader.Parse<FLAGS>(input, handler);
+    if (result.IsError()) {
+        input.fail(result.Offset(), describe(result.Code(), input, result.Offset()));
+    }
+}
+
+void convertValue(JsonInput& input, XmlHandler& handler)
+{
+    Reader reader;
+    parse<PARSE_FLAGS>(reader, input, handler);
+    // The reader takes every NUL for the end.
+    if (const std::size_t offset = input.Tell(); !input.isEnd(offset)) {
+        input.fail(offset, describe(rapidjson::kParseErrorDocumentRootNotSingular, input, offset));
+    }
+}
+
+/// Reads values up to the end. White space must divide what would otherwise run together, such as
+/// two numbers.
+void convertValues(JsonInput& input, XmlHandler& handler)
+{
+    Reader reader;
+    handler.startLines();
+    input.skipWhiteSpace();
+    while (!input.isEnd(input.Tell())) {
+        parse<PARSE_FLAGS | rapidjson::kParseStopWhenDoneFlag>(reader, input, handler);
+        input.skipRestOfNumber();
+        const std::size_t end = input.Tell();
+        const bool isDelimited =
+            std::string_view("]}\"").find(input.byteAt(end - 1)) != std::string_view::npos;
+        input.skipWhiteSpace();
+        if (!isDelimited && input.Tell() == end && !input.isEnd(end)) {
+            input.fail(end,
+                       "expected white space between two values, found " + input.describeByte(end));
+        }
+    }
+    handler.endLines();
+}
+
 } // namespace
 
 void convert(JsonInput& input, std::ostream& output, const Format& format)
 {
     XmlHandler handler(input, output, format);
-    Reader reader;
-    const rapidjson::ParseResult result = reader.Parse<PARSE_FLAGS>(input, handler);
-    if (result.IsError()) {
-        input.fail(result.Offset(), describe(result.Code(), input, result.Offset()));
-    }
-    // The reader takes every NUL for the end.
-    if (const std::size_t offset = input.Tell(); !input.isEnd(offset)) {
-        input.fail(offset, describe(rapidjson::kParseErrorDocumentRootNotSingular, input, offset));
+    if (format.hasLines) {
+        convertValues(input, handler);
+    } else {
+        convertValue(input, handler);
     }
     handler.finish();
 }
