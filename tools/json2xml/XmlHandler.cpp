@@ -33,6 +33,8 @@ const std::u16string CARRIAGE_RETURN_REFERENCE = u"&#13;";
 
 /// The white space that a parser turns into other white space.
 const std::u16string NORMALISED_IN_CONTENT = u"\r";
+/// That, and what would begin another line.
+const std::u16string LINE_BREAKS = u"\n\r";
 const std::u16string NORMALISED_IN_ATTRIBUTE = u"\t\n\r";
 
 constexpr char16_t REPLACEMENT_CHARACTER = 0xFFFD;
@@ -153,7 +155,7 @@ bool XmlHandler::String(const char16_t* characters, rapidjson::SizeType length, 
     if (isEscaped) {
         writeEscaped(text);
     } else {
-        writeText(text, NORMALISED_IN_CONTENT);
+        writeText(text, format.isCompact ? LINE_BREAKS : NORMALISED_IN_CONTENT);
     }
     writer.endElement(STRING);
     return true;

@@ -69,7 +69,8 @@ private:
     /// Replaces in @p text what XML 1.0 does not allow and writes it, as content or into the open
     /// attribute value, so that a parser reads the same text back.
     ///
-    /// @param normalised the white space that a parser would change here.
+    /// @param normalised the white space that a parser would change here, or that must not stand
+    ///        here as it is.
     void writeText(std::u16string& text, const std::u16string& normalised);
     void writeInPieces(const std::u16string& text, const std::u16string& normalised);
 

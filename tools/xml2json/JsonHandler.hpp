@@ -19,7 +19,7 @@ namespace xml2json {
 struct Format
 {
     /// The number of blanks for each level; without it everything stands on one line.
-    std::optional<unsigned> indentation;
+    std::optional<unsigned> indentation = std::nullopt;
 
     /// Each member of the outermost array is written on a line of its own, without the array.
     bool hasLines = false;

@@ -99,6 +99,79 @@ TEST(Conversion, WritesWhatAParserReadsBack)
     }
 }
 
+TEST(Conversion, EscapesWhatXmlCannotHold)
+{
+    const struct
+    {
+        std::string text;
+        std::string xml;
+        bool isEscaped;
+    } cases[] = {
+        {R"(\"\/\u00e9\uFFFD\uE000)", "&quot;/\u00E9\uFFFD\uE000", false},
+        {R"(\u0000\u001F\u007f\u0080\u009F\u00a0)",
+         R"(\u0000\u001F\u007F\u0080\u009F)"
+         "\u00A0",
+         true},
+        {"\x7F\u0080\uFFFE\uFFFF", R"(\u007F\u0080\uFFFE\uFFFF)", true},
+        {R"(\b\t\n\f\r\\a)", R"(\b\t\n\f\r\\a)", true},
+        {R"(\ud83d\ude00)", "\U0001F600", false},
+        {R"(\ude00\ud83d)", R"(\uDE00\uD83D)", true},
+        {R"(\ud83d\ud83d\ude00\u0000\udc00)", "\\uD83D\U0001F600\\u0000\\uDC00", true},
+        {R"(\ud83d\u005cude00)", R"(\uD83D\\ude00)", true},
+    };
+    for (const auto& [text, xml, isEscaped] : cases) {
+        const std::string mark = isEscaped ? "escaped=\"true\"" : "";
+        const std::string markOfKey = isEscaped ? " escaped-key=\"true\"" : "";
+        EXPECT_THAT(run({"--escape"}, "[\"" + text + "\"]").output,
+                    testing::HasSubstr("<string" + (isEscaped ? ' ' + mark : "") + ">" + xml +
+                                       "</string>"));
+        EXPECT_THAT(run({"--escape"}, "{\"" + text + "\":null}").output,
+                    testing::HasSubstr("<null key=\"" + xml + '"' + markOfKey + "/>"));
+    }
+}
+
+TEST(Conversion, WritesOneLine)
+{
+    EXPECT_EQ(
+        run({"--compact"}, R"({"a\n\r\t\"": [1, "x<\n\r\t", "", true, null, [], {}]})").output,
+        R"(<?xml version="1.0" encoding="UTF-8"?>)"
+        R"(<map xmlns="http://www.w3.org/2005/xpath-functions">)"
+        R"(<array key="a&#10;&#13;&#9;&quot;"><number>1</number><string>x&lt;&#10;&#13;)"
+        "\t</string><string></string><boolean>true</boolean><null/><array/><map/></array></map>\n");
+}
+
+TEST(Conversion, ReadsLines)
+{
+    const std::pair<std::string, std::string> cases[] = {
+        {"", "[]"},
+        {" \n", "[]"},
+        {"1\n-2.5e3\n\n{}\r\n[ ]", "[1,-2.5e3,{},[]]"},
+        {R"({}[]"a""b"{"k":1}1 true null)", R"([{},[],"a","b",{"k":1},1,true,null])"},
+        {"\xEF\xBB\xBF\"\"1", "[\"\",1]"},
+        {std::string(BLOCK_SIZE - 3, ' ') + "12345 6", "[12345,6]"},
+    };
+    for (const auto& [lines, json] : cases) {
+        const Result result = run({"--lines"}, lines);
+        EXPECT_EQ(result.error, "") << lines;
+        EXPECT_EQ(difference(outlineOfXml(result.output), outlineOfJson(json)), "") << lines;
+    }
+    const std::pair<std::string, std::string> faults[] = {
+        {"1\n[1,\n", "3:1: expected a value, found the end of the input"},
+        {"{}\n{\"a\":}\n", "2:6: expected a value, found '}'"},
+        {"1,2", "1:2: expected white space between two values, found ','"},
+        {"\n01", "2:2: expected white space between two values, found '1'"},
+        {"12-3", "1:3: expected white space between two values, found '-'"},
+        {"truefalse", "1:5: expected white space between two values, found 'f'"},
+        {"{}\n\0"s, "2:1: expected a value, found byte 0x00"},
+    };
+    for (const auto& [lines, problem] : faults) {
+        const Result result = run({"--lines"}, lines);
+        EXPECT_EQ(result.status, 1) << lines;
+        EXPECT_EQ(result.error, "json2xml: <stdin>:" + problem + '\n') << lines;
+    }
+    EXPECT_EQ(run({"--lines", "--max-depth", "1"}, "[]").error, "");
+}
+
 TEST(Conversion, KeepsTheDigitsOfNumbersThatNoDoubleCanHold)
 {
     const std::string manyDigits(100'000, '7');

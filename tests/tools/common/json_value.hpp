@@ -1,0 +1,80 @@
+// The value of a JSON text, in a form that is the same for all texts with that value.
+#pragma once
+
+#include <cstdio>
+#include <string>
+#include <string_view>
+
+namespace tarn::tools::test {
+
+namespace detail {
+
+inline void appendUnit(std::string& value, unsigned unit)
+{
+    char escape[8];
+    std::snprintf(escape, sizeof escape, "\\u%04x", unit);
+    value += escape;
+}
+
+/// Takes a character in UTF-8 from @p text and appends its code units.
+inline void appendCharacter(std::string& value, std::string_view& text)
+{
+    const auto byteAt = [&](std::size_t index) { return static_cast<unsigned char>(text[index]); };
+    const std::size_t size = byteAt(0) < 0x80 ? 1 : byteAt(0) < 0xE0 ? 2 : byteAt(0) < 0xF0 ? 3 : 4;
+    unsigned codePoint = size == 1 ? byteAt(0) : byteAt(0) & (0xFF >> (size + 1));
+    for (std::size_t i = 1; i < size; ++i) {
+        codePoint = codePoint << 6 | (byteAt(i) & 0x3F);
+    }
+    if (codePoint < 0x10000) {
+        appendUnit(value, codePoint);
+    } else {
+        appendUnit(value, 0xD7C0 + (codePoint >> 10));
+        appendUnit(value, 0xDC00 | (codePoint & 0x3FF));
+    }
+    text.remove_prefix(size);
+}
+
+inline void appendEscape(std::string& value, std::string_view& text)
+{
+    constexpr std::string_view LETTERS = "\"\\/bfnrt";
+    if (text[1] == 'u') {
+        appendUnit(value,
+                   static_cast<unsigned>(std::stoul(std::string(text.substr(2, 4)), nullptr, 16)));
+        text.remove_prefix(6);
+    } else {
+        appendUnit(value, static_cast<unsigned char>("\"\\/\b\f\n\r\t"[LETTERS.find(text[1])]));
+        text.remove_prefix(2);
+    }
+}
+
+} // namespace detail
+
+/// @p json without layout and with each code unit of a string as a Unicode escape. Numbers, and the
+/// order of members, stay as they are.
+///
+/// @param json one value, or values with a line feed after each of them, which stays too.
+inline std::string valueOfJson(std::string_view json, bool hasLines = false)
+{
+    std::string value;
+    bool isInString = false;
+    while (!json.empty()) {
+        if (json.front() == '"') {
+            isInString = !isInString;
+        } else if (isInString) {
+            if (json.front() == '\\') {
+                detail::appendEscape(value, json);
+            } else {
+                detail::appendCharacter(value, json);
+            }
+            continue;
+        }
+        if ((hasLines && json.front() == '\n') ||
+            std::string_view(" \t\n\r").find(json.front()) == std::string_view::npos) {
+            value += json.front();
+        }
+        json.remove_prefix(1);
+    }
+    return value;
+}
+
+} // namespace tarn::tools::test
