@@ -1,5 +1,6 @@
 // Takes any bytes as the input of json2xml. JSON must become XML that says the same, and the result
 // must not depend on the blocks that the input comes in.
+#include "fuzz/in_blocks.hpp"
 #include "fuzz/require.hpp"
 #include "support/difference.hpp"
 #include "tests/tools/json2xml/json_outline.hpp"
@@ -8,37 +9,17 @@
 #include <sstream>
 #include <stdexcept>
 #include <string_view>
-#include <sys/socket.h>
 
 namespace tarn::fuzz {
 
 namespace {
-
-using tools::FileDescriptor;
-
-/// A descriptor from which each read gives the next @p blockSize bytes of @p bytes.
-FileDescriptor inBlocks(std::string_view bytes, std::size_t blockSize)
-{
-    int ends[2];
-    require(::socketpair(AF_UNIX, SOCK_SEQPACKET, 0, ends) == 0, "socketpair fails");
-    const FileDescriptor writeEnd(ends[0]);
-    FileDescriptor readEnd(ends[1]);
-    for (; !bytes.empty(); bytes.remove_prefix(std::min(blockSize, bytes.size()))) {
-        const std::size_t size = std::min(blockSize, bytes.size());
-        require(::send(writeEnd.get(), bytes.data(), size, MSG_DONTWAIT) ==
-                    static_cast<ssize_t>(size),
-                "send fails");
-    }
-    return readEnd;
-}
 
 /// The XML, or the message of the error.
 std::string convert(std::string_view bytes, std::size_t blockSize)
 {
     std::ostringstream xml;
     try {
-        json2xml::JsonInput input({inBlocks(bytes, blockSize), "input", [](std::uint64_t) {}},
-                                  json2xml::Limits());
+        json2xml::JsonInput input(inBlocks(bytes, blockSize), json2xml::Limits());
         json2xml::convert(input, xml);
         return xml.str();
     } catch (const std::runtime_error& error) {
@@ -68,13 +49,11 @@ std::string replaceForbidden(std::string_view text)
 
 void check(std::string_view bytes)
 {
-    constexpr std::size_t LONGEST = 16'384;
-    constexpr std::size_t MOST_BLOCKS = 128;
     if (bytes.size() > LONGEST) {
         return;
     }
     const std::string outcome = convert(bytes, LONGEST);
-    const std::string inSmallBlocks = convert(bytes, bytes.size() / MOST_BLOCKS + 1);
+    const std::string inSmallBlocks = convert(bytes, smallBlockSize(bytes));
     require(outcome == inSmallBlocks,
             "in one block: " + outcome + "\nin small blocks: " + inSmallBlocks);
     const bool isXml = outcome.starts_with('<');

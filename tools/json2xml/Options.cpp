@@ -25,8 +25,8 @@ const std::string NOTES =
     std::to_string(Limits().numberSize) +
     " bytes are refused.\n"
     "\n"
-    "The XML is indented, so nesting multiplies the size: 1 MB of brackets, nested 1000\n"
-    "deep, becomes 1 GB of XML. If the input is untrusted, set --max-depth as low as it\n"
+    "Indented XML grows with the nesting: 1 MB of brackets, nested 1000 deep, becomes 1 GB\n"
+    "of XML. If the input is untrusted, set --max-depth as low as it\n"
     "allows.\n"
     "\n"
     "The new FILE of --output has the permissions of the old one, but not its owner, hard\n"

@@ -113,7 +113,11 @@ public:
     }
     Context(const Context&) = delete;
     Context& operator=(const Context&) = delete;
-    ~Context() { xmlFreeParserCtxt(parser); }
+    ~Context()
+    {
+        xmlFreeDoc(parser->myDoc); // libxml2 keeps declarations there
+        xmlFreeParserCtxt(parser);
+    }
 
     /// Parses @p block, which is empty at the end of the document.
     void parse(std::string_view block, XmlEvents& receiver)
@@ -194,7 +198,9 @@ private:
     static void refuseDocumentType(void* self, const xmlChar*, const xmlChar*, const xmlChar*)
     {
         guard(self, [](Context& context) {
-            context.owner.fail(context.startOfTag(), "a document type declaration is not allowed");
+            const Position start = context.startOfTag();
+            xmlStopParser(context.parser); // so that it does not even look at the declarations
+            context.owner.fail(start, "a document type declaration is not allowed");
         });
     }
 

@@ -1,0 +1,57 @@
+// Takes any bytes as the input of xml2json. The result must not depend on the blocks that the input
+// comes in. What is accepted must be well-formed XML, and what is written JSON.
+#include "fuzz/in_blocks.hpp"
+#include "fuzz/require.hpp"
+#include "support/xml_outline.hpp"
+#include "tests/tools/common/conversions.hpp"
+#include "tests/tools/common/json_value.hpp"
+
+#include <stdexcept>
+
+namespace tarn::fuzz {
+
+namespace {
+
+using namespace tools::test;
+
+constexpr xml2json::Format BACK{.keepsRepeatedKeys = true};
+
+/// The JSON, or the message of the error, which does not end in a line feed.
+std::string convert(std::string_view bytes, std::size_t blockSize)
+{
+    try {
+        return toJson(inBlocks(bytes, blockSize), BACK);
+    } catch (const std::runtime_error& error) {
+        return error.what();
+    }
+}
+
+void check(std::string_view bytes)
+{
+    if (bytes.size() > LONGEST) {
+        return;
+    }
+    const std::string outcome = convert(bytes, LONGEST);
+    const std::string inSmallBlocks = convert(bytes, smallBlockSize(bytes));
+    require(outcome.ends_with('\n') == inSmallBlocks.ends_with('\n') &&
+                (!outcome.ends_with('\n') || outcome == inSmallBlocks),
+            "in one block: " + outcome + "\nin small blocks: " + inSmallBlocks);
+    if (!outcome.ends_with('\n')) {
+        require(outcome.starts_with("input:"), "no position: " + outcome);
+        return;
+    }
+    const std::string outline = tests::outlineOfXml(std::string(bytes));
+    require(outline.starts_with('<'), outline + '\n' + outcome);
+    const std::string again = toJson(inputOf(toXml(inputOf(outcome), {.hasEscapes = true})), BACK);
+    require(valueOfJson(again) == valueOfJson(outcome), outcome + "becomes " + again);
+}
+
+} // namespace
+
+} // namespace tarn::fuzz
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t size)
+{
+    tarn::fuzz::check({reinterpret_cast<const char*>(bytes), size});
+    return 0;
+}
