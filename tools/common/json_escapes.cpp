@@ -34,7 +34,7 @@ std::optional<char> escapedCharacter(char letter)
 std::optional<char> escapeLetter(char16_t character)
 {
     const std::size_t index =
-        character < 0x80 ? CHARACTERS.find(static_cast<char>(character)) : CHARACTERS.npos;
+        character < 0x80 ? CHARACTERS.find(static_cast<char>(character)) : std::string_view::npos;
     return index < CHARACTERS.size() ? std::optional(LETTERS[index]) : std::nullopt;
 }
 

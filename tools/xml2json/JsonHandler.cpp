@@ -54,7 +54,7 @@ void JsonHandler::text(std::string_view piece)
 {
     if (!leaf) {
         const std::size_t start = piece.find_first_not_of(WHITE_SPACE);
-        if (start != piece.npos) {
+        if (start != std::string_view::npos) {
             parser.fail(tarn::tools::advance(parser.position(), piece.substr(0, start)),
                         "text outside of strings, numbers and booleans");
         }
@@ -246,8 +246,7 @@ void JsonHandler::addToValue(std::string_view piece, std::size_t limit)
         hasValueEnded = hasValueEnded || (!value.empty() && !piece.empty());
         return;
     }
-    const bool isDivided =
-        hasValueEnded || (!value.empty() && WHITE_SPACE.find(piece.front()) != WHITE_SPACE.npos);
+    const bool isDivided = hasValueEnded || (!value.empty() && WHITE_SPACE.contains(piece.front()));
     if (isDivided) {
         refuseLeaf("white space inside a value");
     }
@@ -255,7 +254,7 @@ void JsonHandler::addToValue(std::string_view piece, std::size_t limit)
         refuseLeaf("a value longer than " + std::to_string(limit) + " bytes");
     }
     value += trimmed;
-    hasValueEnded = WHITE_SPACE.find(piece.back()) != WHITE_SPACE.npos;
+    hasValueEnded = WHITE_SPACE.contains(piece.back());
 }
 
 void JsonHandler::refuse(const std::string& problem) const

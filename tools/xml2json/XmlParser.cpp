@@ -125,7 +125,7 @@ public:
         events = &receiver;
         // For what libxml2 reports without a parser; it would print that otherwise.
         xmlSetStructuredErrorFunc(this, reportError);
-        xmlParseChunk(parser, block.data(), static_cast<int>(block.size()), block.empty());
+        xmlParseChunk(parser, block.data(), static_cast<int>(block.size()), block.empty() ? 1 : 0);
         xmlSetStructuredErrorFunc(nullptr, nullptr);
         if (hasLackedMemory) {
             throw std::bad_alloc();
@@ -231,7 +231,7 @@ private:
     {
         const std::string_view before = view(parser->input->base, parser->input->cur);
         const std::size_t start = before.rfind('<');
-        if (start == before.npos) {
+        if (start == std::string_view::npos) {
             return eventStart;
         }
         const std::string_view tag = before.substr(start);
@@ -242,7 +242,7 @@ private:
         }
         const std::size_t lineFeed = before.substr(0, start).rfind('\n');
         const std::uint64_t line = end.line - (size.line - 1);
-        return lineFeed == before.npos
+        return lineFeed == std::string_view::npos
                    ? Position{line, eventStart.column}
                    : advance({line, 1}, before.substr(lineFeed + 1, start - lineFeed - 1));
     }

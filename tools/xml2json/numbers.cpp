@@ -25,7 +25,7 @@ std::size_t skipDigits(std::string_view text, std::size_t start)
 Notation notationOf(std::string_view text)
 {
     const auto isAt = [&](std::size_t place, std::string_view characters) {
-        return place < text.size() && characters.find(text[place]) != characters.npos;
+        return place < text.size() && characters.contains(text[place]);
     };
     const std::size_t start = isAt(0, "+-") ? 1 : 0;
     std::size_t end = skipDigits(text, start);
@@ -71,9 +71,8 @@ std::string toString(double value)
     const std::string text = print(std::chars_format::scientific);
     const std::size_t mark = text.find('e');
     const std::string mantissa = text.substr(0, mark);
-    const int exponent = std::atoi(text.c_str() + mark + 1);
-    return mantissa + (mantissa.find('.') == mantissa.npos ? ".0E" : "E") +
-           std::to_string(exponent);
+    const long exponent = std::strtol(text.c_str() + mark + 1, nullptr, 10);
+    return mantissa + (mantissa.contains('.') ? "E" : ".0E") + std::to_string(exponent);
 }
 
 } // namespace

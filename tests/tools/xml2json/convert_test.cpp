@@ -64,10 +64,12 @@ TEST(Conversion, NeedsNoMoreMemoryForALongString)
 TEST(Conversion, SaysThatMemoryIsExhausted)
 {
     const Directory directory;
-    const std::string longKey = map("<null key='" + std::string(50'000'000, 'a') + "'/>");
+    std::string longKey;
+    longKey.resize(50'000'000, 'a');
+    const std::string xml = map("<null key='" + longKey + "'/>");
     for (const std::string kilobytes : {"100000", "150000"}) {
         const Result result =
-            run({"-o", directory / "file.json"}, longKey, "", "ulimit -v " + kilobytes);
+            run({"-o", directory / "file.json"}, xml, "", "ulimit -v " + kilobytes);
         EXPECT_EQ(result.status, 1) << kilobytes;
         EXPECT_EQ(result.error, "xml2json: out of memory\n") << kilobytes;
         EXPECT_THAT(directory.names(), testing::IsEmpty()) << kilobytes;
@@ -139,7 +141,7 @@ TEST(Conversion, EscapesStringsAndKeys)
         EXPECT_EQ(
             run({}, array("<string" + attribute("escaped") + ">" + text + "</string>")).output,
             "[\"" + json + "\"]\n");
-        if (text.find('<') == text.npos) {
+        if (!text.contains('<')) {
             std::string quoted;
             for (const char byte : text) {
                 quoted += byte == '"' ? "&quot;" : std::string(1, byte);
