@@ -7,6 +7,7 @@
 
 #include <tarn/xml/XmlWriter.hpp>
 #include <tools/json2xml/convert.hpp>
+#include <tools/xml2json/convert.hpp>
 
 #include <algorithm>
 #include <fcntl.h>
@@ -119,6 +120,32 @@ TEST(AllocationFailures, EndAConversionFromJson)
                                       {});
             json2xml::convert(input, target.get());
         });
+        EXPECT_EQ(::fcntl(descriptor, F_GETFD), -1) << "the input is still open";
+    });
+}
+
+TEST(AllocationFailures, EndAConversionToJson)
+{
+    const Directory directory;
+    const std::string file = directory / "input.xml";
+    writeFile(file, R"(<?xml version="1.0"?><!--c--><map a:b="c" xmlns:a="a" xmlns=")"
+                    R"(http://www.w3.org/2005/xpath-functions"><array key="a long key &amp; more">)"
+                    R"(<number> +1.5e300</number><boolean>1</boolean><null/></array><?p i?>)"
+                    R"(<string key="\ud800 \u00e9 and more" escaped-key="true">)" +
+                        std::string(70'000, 'x') + "<![CDATA[<]]>&lt;</string></map>");
+    const auto convert = [&](StreamTarget& target, int descriptor) {
+        xml2json::convert({tools::FileDescriptor(descriptor), "input", [](auto) {}}, target.get(),
+                          {}, {});
+    };
+    StreamTarget whole;
+    convert(whole, ::open(file.c_str(), O_RDONLY | O_CLOEXEC)); // libxml2 keeps what it begins with
+    failEachAllocation([&](FailingAllocation& failure) {
+        StreamTarget target;
+        const int descriptor = ::open(file.c_str(), O_RDONLY | O_CLOEXEC);
+        ASSERT_GE(descriptor, 0);
+        if (!failure.during([&] { convert(target, descriptor); })) {
+            EXPECT_EQ(target.view(), whole.view());
+        }
         EXPECT_EQ(::fcntl(descriptor, F_GETFD), -1) << "the input is still open";
     });
 }

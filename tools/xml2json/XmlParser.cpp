@@ -101,6 +101,7 @@ public:
             static_cast<Context*>(self)->endEvent();
         };
         handler.serror = reportError;
+        const ErrorReports reports(this);
         parser = xmlCreatePushParserCtxt(&handler, this, nullptr, 0, nullptr);
         if (parser == nullptr || hasLackedMemory) {
             xmlFreeParserCtxt(parser);
@@ -123,10 +124,8 @@ public:
     void parse(std::string_view block, XmlEvents& receiver)
     {
         events = &receiver;
-        // For what libxml2 reports without a parser; it would print that otherwise.
-        xmlSetStructuredErrorFunc(this, reportError);
+        const ErrorReports reports(this);
         xmlParseChunk(parser, block.data(), static_cast<int>(block.size()), block.empty() ? 1 : 0);
-        xmlSetStructuredErrorFunc(nullptr, nullptr);
         if (hasLackedMemory) {
             throw std::bad_alloc();
         }
@@ -144,6 +143,21 @@ public:
     Position eventStart;
 
 private:
+    /// While it exists, also what libxml2 reports without a parser is reported; it would be printed
+    /// otherwise.
+    class ErrorReports
+    {
+    public:
+        explicit ErrorReports(Context* context) { xmlSetStructuredErrorFunc(context, reportError); }
+        ErrorReports(const ErrorReports&) = delete;
+        ErrorReports& operator=(const ErrorReports&) = delete;
+        ~ErrorReports()
+        {
+            xmlSetStructuredErrorFunc(nullptr, nullptr);
+            xmlResetLastError(); // it is not needed, and takes memory
+        }
+    };
+
     /// Calls @p report unless something has failed before.
     static void guard(void* self, const auto& report)
     {
