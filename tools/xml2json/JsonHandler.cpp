@@ -243,7 +243,9 @@ void JsonHandler::addToValue(std::string_view piece, std::size_t limit)
 {
     const std::string_view trimmed = trim(piece);
     if (trimmed.empty()) {
-        hasValueEnded = hasValueEnded || (!value.empty() && !piece.empty());
+        if (!piece.empty()) {
+            hasValueEnded = !value.empty();
+        }
         return;
     }
     const bool isDivided = hasValueEnded || (!value.empty() && WHITE_SPACE.contains(piece.front()));
