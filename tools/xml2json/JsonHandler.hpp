@@ -9,8 +9,8 @@
 
 #include <cstddef>
 #include <optional>
+#include <set>
 #include <string>
-#include <unordered_set>
 #include <vector>
 
 namespace xml2json {
@@ -66,8 +66,9 @@ private:
     struct Container
     {
         bool isMap;
-        /// Unescaped. Empty if repeated keys are kept.
-        std::unordered_set<std::string> keys;
+        /// Unescaped. Empty if repeated keys are kept. A tree, because the input could choose keys
+        /// that all have the same hash value.
+        std::set<std::string> keys;
     };
 
     Element elementOf(const Name& name) const;

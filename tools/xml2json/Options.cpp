@@ -25,8 +25,9 @@ const std::string NOTES =
     "An XML document with a document type declaration is refused, and nothing but the\n"
     "input is read.\n"
     "\n"
-    "Memory grows with the depth, the longest number, start tag and comment, and with the\n"
-    "keys of the objects that are open, not with strings or the input. A number of more\n"
+    "Memory grows with the depth, the longest number, start tag, comment and CDATA section,\n"
+    "and the keys of the objects that are open, not with other strings or the input. A number of "
+    "more\n"
     "than " +
     std::to_string(Limits().numberSize) +
     " bytes is refused.\n"

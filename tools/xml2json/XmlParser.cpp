@@ -21,9 +21,10 @@ constexpr std::size_t BLOCK_SIZE = std::size_t{64} * 1024;
 /// libxml2 takes the size of a block as an int.
 constexpr std::size_t MOST_AT_ONCE = std::size_t{1} << 30;
 
-/// libxml2 keeps every name and namespace name that it has met, so a document could fill memory
-/// with names. This is its own limit, in bytes, which it drops together with others.
-constexpr std::size_t NAMES_SIZE = 10'000'000;
+/// libxml2 keeps every name and namespace name that it has met, and gets slow if there are many.
+/// This is how much memory it may take for them, in bytes; it takes it in steps, so it has room for
+/// a million bytes.
+constexpr std::size_t MOST_FOR_NAMES = 2'000'000;
 
 std::string_view view(const xmlChar* text)
 {
@@ -110,7 +111,6 @@ public:
         // The limits of libxml2 on depth and sizes are replaced by those of this program. The five
         // predefined entities are replaced, in attribute values too; there are no others.
         xmlCtxtUseOptions(parser, XML_PARSE_HUGE | XML_PARSE_NOENT | XML_PARSE_NONET);
-        xmlDictSetLimit(parser->dict, NAMES_SIZE);
     }
     Context(const Context&) = delete;
     Context& operator=(const Context&) = delete;
@@ -178,6 +178,10 @@ private:
     {
         guard(self, [&](Context& context) {
             context.eventStart = context.startOfTag();
+            if (xmlDictGetUsage(context.parser->dict) > MOST_FOR_NAMES) {
+                context.owner.fail(context.eventStart,
+                                   "more than a million bytes of different names");
+            }
             context.depth = context.depth.value_or(0) + 1;
             context.attributes.clear();
             for (int i = 0; i < attributeCount; ++i) {

@@ -45,8 +45,8 @@ protected:
 /// A document with a document type declaration is refused. So there are no entities but the five
 /// that every document has, and nothing but the file is ever read.
 ///
-/// Memory does not grow with the document, but with the longest start tag, comment or processing
-/// instruction.
+/// Memory does not grow with the document, but with the longest start tag, comment, processing
+/// instruction or CDATA section. Too many different names are refused, since libxml2 keeps them.
 class XmlParser
 {
 public:

@@ -1,5 +1,6 @@
 // The JSON that xml2json makes of XML, and its messages about other input.
 #include "tools/common/run_program.hpp"
+#include "tools/xml2json/limits.hpp"
 
 #include <fstream>
 #include <gmock/gmock.h>
@@ -290,6 +291,31 @@ TEST(Conversion, SaysWhatIsWrongAndWhere)
         EXPECT_EQ(result.status, 1) << xml.substr(0, 200);
         EXPECT_EQ(result.error, "xml2json: <stdin>:" + problem + '\n') << xml.substr(0, 200);
     }
+}
+
+TEST(Conversion, NamesItsLimitsInTheHelpAndTheManual)
+{
+    constexpr xml2json::Limits LIMITS;
+    for (const std::string& limit :
+         {std::to_string(LIMITS.depth) + " if", std::to_string(LIMITS.numberSize) + " bytes"}) {
+        EXPECT_THAT(run({"--help"}).output, testing::HasSubstr(limit));
+        EXPECT_THAT(readFile(PROGRAM_MANUAL), testing::HasSubstr(limit));
+    }
+}
+
+TEST(Conversion, LimitsTheNamesThatTheParserKeeps)
+{
+    const auto withNames = [](int count) {
+        std::string members;
+        for (int i = 0; i < count; ++i) {
+            const std::string prefix = 'n' + std::to_string(i);
+            members += "<null " + prefix + ":a='' xmlns:" + prefix + "='" + prefix + "'/>";
+        }
+        return array(members);
+    };
+    EXPECT_EQ(run({}, withNames(50'000)).error, "");
+    EXPECT_THAT(run({}, withNames(300'000)).error,
+                testing::HasSubstr("more than a million bytes of different names"));
 }
 
 TEST(Conversion, RefusesWhatIsNoFiniteNumber)
