@@ -745,15 +745,17 @@ private:
 
     void outsideRoot()
     {
-        switch (input.below(6)) {
+        switch (input.below(8)) {
         case 0:
             return doctype();
         case 1:
             return comment(NONE);
         case 2:
             return instruction(NONE);
+        case 3:
+            return flush();
         default:
-            if (model.stage == Stage::AfterRoot && input.below(4) != 0) {
+            if (model.stage == Stage::AfterRoot && input.below(2) != 0) {
                 return finish();
             }
             const NameChoice choice = anyName();
