@@ -13,6 +13,7 @@
 namespace {
 
 using namespace tarn::document;
+using Years = std::chrono::duration<double, std::chrono::years::period>;
 
 void startTable(const char* name)
 {
@@ -47,7 +48,7 @@ void showText()
     SHOW(root.attribute("note", "caf\xE9"));
     SHOW(root.add("name", u"ab\xD800"));
     SHOW(root.text(static_cast<const char*>(nullptr)));
-    SHOW(root.add("when", std::chrono::sys_time(std::chrono::duration<double>(1e30))));
+    SHOW(root.add("when", std::chrono::sys_time<Years>(Years(1e30))));
     SHOW(root.base64(nullptr, 1));
     SHOW(Fragment::of("\xFF"));
     SHOW(Fragment::trusted("<b>\x02</b>"));

@@ -371,6 +371,9 @@ Element& Element::operator=(Element&& other) noexcept
     return *this;
 }
 
+// The operations that are called most are compiled as one function each, with what they call: else
+// the calls would take longer than the work.
+
 [[gnu::flatten]] void Element::endUnlessPassing() noexcept
 {
     if (std::uncaught_exceptions() <= passingExceptions) {
