@@ -2,12 +2,35 @@
 #include "tarn/document/DocumentImpl.hpp"
 #include "tarn/document/markup.hpp"
 
+#include <cxxabi.h>
+
 #include <algorithm>
 #include <utility>
 
 namespace tarn::document {
 
 using namespace detail;
+
+namespace {
+
+/// What std::uncaught_exceptions() returns. It is asked twice for each element, and that function
+/// spends most of its time finding the variables of the thread. They stay where they are as long as
+/// the thread lives, in the form that the C++ ABI for Itanium gives them (section 2.2.2).
+int uncaughtExceptions()
+{
+    struct Globals
+    {
+        void* caughtExceptions;
+        unsigned uncaughtExceptions;
+    };
+    [[gnu::tls_model("initial-exec")]] static thread_local const Globals* globals = nullptr;
+    if (globals == nullptr) {
+        globals = reinterpret_cast<const Globals*>(abi::__cxa_get_globals());
+    }
+    return static_cast<int>(globals->uncaughtExceptions);
+}
+
+} // namespace
 
 void Document::Impl::declare(Handle element, const Namespace& space)
 {
@@ -352,8 +375,7 @@ public:
 };
 
 Element::Element(Document& document, std::size_t depth, std::uint64_t number) noexcept
-    : document(&document), depth(depth), number(number),
-      passingExceptions(std::uncaught_exceptions())
+    : document(&document), depth(depth), number(number), passingExceptions(uncaughtExceptions())
 {
 }
 
@@ -376,7 +398,7 @@ Element& Element::operator=(Element&& other) noexcept
 
 [[gnu::flatten]] void Element::endUnlessPassing() noexcept
 {
-    if (std::uncaught_exceptions() <= passingExceptions) {
+    if (uncaughtExceptions() <= passingExceptions) {
         Access::endInDestructor(*this);
     }
 }
