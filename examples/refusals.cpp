@@ -120,7 +120,7 @@ void showTargets()
     startTable("refusals-targets");
     SHOW(Document nowhere{std::function<void(std::string_view)>()});
     SHOW(Document* self = nullptr; Document echo([&](std::string_view) { self->flush(); });
-         self = &echo; echo.root("r"); echo.flush());
+         (self = &echo)->root("r"); echo.flush());
     SHOW(std::ofstream file; Document lost(file); lost.root("r"); lost.flush());
     SHOW(
         std::ofstream file; Document lost(file); lost.root("r");
