@@ -11,7 +11,7 @@ namespace detail {
 
 inline void appendUnit(std::string& value, unsigned unit)
 {
-    char escape[8];
+    char escape[16];
     std::snprintf(escape, sizeof escape, "\\u%04x", unit);
     value += escape;
 }
