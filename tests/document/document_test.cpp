@@ -144,6 +144,20 @@ TEST(Document, WritesWhatItIsTold)
              b.text("x");
          },
          "<r><a><b/></a><dc:c xmlns:dc=\"http://purl.org/dc/terms/\">x</dc:c></r>"},
+        // So does one that was inside and has ended, and one of another document.
+        {[](Element& r) {
+             Element a = r.child("a");
+             Element b = a.child("b");
+             b.end();
+             a = std::move(b);
+             r.comment("");
+             std::string target;
+             Document other(target);
+             Element c = r.child("c");
+             c = other.root("d").child("e");
+             r.comment("");
+         },
+         "<r><a><b/></a><!----><c/><!----></r>"},
         // One that is inside leaves the other open.
         {[](Element& r) {
              Element deepest = r.child("a");
