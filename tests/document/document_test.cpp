@@ -549,6 +549,25 @@ TEST(Document, TellsManyNamesApart)
     EXPECT_EQ(xml, "<r>" + expected + "</r>");
 }
 
+TEST(Document, CopiesTextOfEveryLengthAndFindsMarkupAtEveryPlace)
+{
+    std::string text;
+    for (std::size_t size = 0; size < 140; ++size) {
+        std::string expected = "<r><a>" + text + "</a>";
+        const std::string xml = inRoot([&](Element& r) {
+            r.add("a", text);
+            for (std::size_t place = 0; place < size; ++place) {
+                std::string marked = text;
+                marked[place] = '&';
+                r.add("a", marked);
+                expected += "<a>" + marked.replace(place, 1, "&amp;") + "</a>";
+            }
+        });
+        ASSERT_EQ(xml, expected + "</r>");
+        text += static_cast<char>('A' + size % 50);
+    }
+}
+
 TEST(Document, EscapesWhereverAPortionOfAValueEnds)
 {
     for (const std::string& character : {"\u00E9"s, "\u4E2D"s, "\U0001F600"s}) {
