@@ -259,16 +259,7 @@ template <bool DECODE>
 
 Utf8DecoderLevel utf8DecoderForAvx2()
 {
-    const auto decode = [](const char* first, const char* last, char16_t* out) {
-        const Progress progress = take<true>(first, last, out);
-        return DecodedUtf8{progress.read, progress.written};
-    };
-    const auto classify = [](const char* first, const char* last) {
-        const Progress progress = take<false>(first, last, nullptr);
-        return ClassifiedUtf8{progress.read, progress.classes};
-    };
-    return canUse(KernelLevel::Avx2) ? Utf8DecoderLevel{"AVX2", decode, classify}
-                                     : Utf8DecoderLevel{"AVX2", nullptr, nullptr};
+    return decoderLevel<take<true>, take<false>>("AVX2", canUse(KernelLevel::Avx2));
 }
 
 } // namespace tarn::text

@@ -269,16 +269,7 @@ take(const char* first, const char* last, char16_t* out)
 
 Utf8DecoderLevel utf8DecoderForAvx512()
 {
-    const auto decode = [](const char* first, const char* last, char16_t* out) {
-        const Progress progress = take<true>(first, last, out);
-        return DecodedUtf8{progress.read, progress.written};
-    };
-    const auto classify = [](const char* first, const char* last) {
-        const Progress progress = take<false>(first, last, nullptr);
-        return ClassifiedUtf8{progress.read, progress.classes};
-    };
-    return canUse(KernelLevel::Avx512) ? Utf8DecoderLevel{"AVX-512", decode, classify}
-                                       : Utf8DecoderLevel{"AVX-512", nullptr, nullptr};
+    return decoderLevel<take<true>, take<false>>("AVX-512", canUse(KernelLevel::Avx512));
 }
 
 } // namespace tarn::text

@@ -234,16 +234,7 @@ template <bool DECODE>
 
 Utf8DecoderLevel utf8DecoderForSsse3()
 {
-    const auto decode = [](const char* first, const char* last, char16_t* out) {
-        const Progress progress = take<true>(first, last, out);
-        return DecodedUtf8{progress.read, progress.written};
-    };
-    const auto classify = [](const char* first, const char* last) {
-        const Progress progress = take<false>(first, last, nullptr);
-        return ClassifiedUtf8{progress.read, progress.classes};
-    };
-    return canUse(KernelLevel::Ssse3) ? Utf8DecoderLevel{"SSSE3", decode, classify}
-                                      : Utf8DecoderLevel{"SSSE3", nullptr, nullptr};
+    return decoderLevel<take<true>, take<false>>("SSSE3", canUse(KernelLevel::Ssse3));
 }
 
 } // namespace tarn::text

@@ -236,6 +236,25 @@ struct Progress
     CharacterClasses classes;
 };
 
+/// The decoders of one level: the kernel that decodes and the one that classifies.
+template <Progress (*DECODE)(const char*, const char*, char16_t*),
+          Progress (*CLASSIFY)(const char*, const char*, char16_t*)>
+Utf8DecoderLevel decoderLevel(std::string_view name, bool isUsable)
+{
+    if (!isUsable) {
+        return {name, nullptr, nullptr};
+    }
+    return {name,
+            [](const char* first, const char* last, char16_t* out) {
+                const Progress progress = DECODE(first, last, out);
+                return DecodedUtf8{progress.read, progress.written};
+            },
+            [](const char* first, const char* last) {
+                const Progress progress = CLASSIFY(first, last, nullptr);
+                return ClassifiedUtf8{progress.read, progress.classes};
+            }};
+}
+
 /// Goes on one code point at a time, from the beginning of a character.
 ///
 /// @param progress at the beginning of a step.

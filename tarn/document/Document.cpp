@@ -77,7 +77,7 @@ std::uint64_t Document::Impl::root(const Name& name)
     requireName(name, spaceOf(name));
     Change change(*this);
     stage = Stage::InRoot;
-    startElement(name);
+    startElement(name, spaceOf(name));
     change.succeed();
     return open.back().number;
 }

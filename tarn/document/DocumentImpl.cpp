@@ -127,7 +127,7 @@ void Document::Impl::endInnermost()
     open.pop_back();
 }
 
-void Document::Impl::startElement(const Name& name)
+void Document::Impl::startElement(const Name& name, std::size_t space)
 {
     if (!hasBegun) {
         begin();
@@ -140,7 +140,6 @@ void Document::Impl::startElement(const Name& name)
     element.nameBegin = names.size();
     element.isMixed = isMixed;
     element.hasPrefix = !name.prefix().empty();
-    std::size_t space = spaceOf(name);
     const bool isNew = space == Scopes::NOT_BOUND;
     if (isNew) {
         space = bringIntoScope(name);
@@ -199,17 +198,7 @@ void Document::Impl::writeDeclaration(std::string_view prefix, std::string_view 
     output.write(prefix.empty() ? std::string_view(" xmlns") : std::string_view(" xmlns:"));
     output.write(prefix);
     output.write("=\"");
-    // A URI has no character of markup but these.
-    while (!uri.empty()) {
-        const std::size_t length = std::min(uri.find_first_of("&'"), uri.size());
-        output.write(uri.substr(0, length));
-        uri.remove_prefix(length);
-        if (!uri.empty()) {
-            output.write(uri.front() == '&' ? std::string_view("&amp;")
-                                            : std::string_view("&apos;"));
-            uri.remove_prefix(1);
-        }
-    }
+    escaper.write(uri, {}, output);
     output.write("\"");
 }
 
@@ -219,7 +208,8 @@ void Document::Impl::writeValue(const Referenced& referenced)
         output.write(value.bytes());
         return;
     }
-    escaper.write(value, referenced, output);
+    escaper.write(value.bytes(),
+                  value.has(referenced.classes) ? referenced.units : std::u16string_view(), output);
 }
 
 void Document::Impl::writeBase64Rest()

@@ -235,7 +235,8 @@ private:
         beginContent(depth);
         open.back().isMixed = true;
     }
-    void startElement(const Name& name);
+    /// @param space what spaceOf() returns for @p name.
+    void startElement(const Name& name, std::size_t space);
     /// Writes the declaration, unless there is to be none.
     void begin();
     /// Whether the layout and the content around allow that what comes next begins a line.

@@ -182,10 +182,15 @@ void Document::Impl::raw(Handle element, std::string_view markup)
 std::uint64_t Document::Impl::child(Handle element, const Name& name)
 {
     requireOpen(element);
-    requireName(name, spaceOf(name));
+    std::size_t space = spaceOf(name);
+    requireName(name, space);
     Change change(*this);
+    if (!isInnermost(element)) {
+        endInside(element.depth);
+        space = spaceOf(name);
+    }
     beginContent(element.depth);
-    startElement(name);
+    startElement(name, space);
     change.succeed();
     return open.back().number;
 }
@@ -209,7 +214,7 @@ void Document::Impl::add(Handle element, const Name& name, const Text& text)
     value.assign(text, options.unrepresentable);
     Change change(*this);
     beginContent(element.depth);
-    startElement(name);
+    startElement(name, spaceOf(name));
     beginMixed(element.depth + 1);
     writeValue(IN_TEXT);
     endInnermost();

@@ -49,8 +49,6 @@ std::size_t Escaper::lengthOfCharacters(std::string_view text, std::size_t longe
 const std::u16string& Escaper::escape(std::string_view value, std::u16string_view referenced)
 {
     if (!writer) {
-        // The writer is fastest where the longest markup has room.
-        markup.reserve(6 * PORTION + 64);
         writer.emplace(markup);
     }
     markup.clear();

@@ -26,19 +26,20 @@ inline constexpr Referenced IN_ATTRIBUTES{text::CARRIAGE_RETURN | text::TAB_OR_L
 class Escaper
 {
 public:
-    /// Writes @p value, which has characters to escape, to an Output or to Bytes.
+    /// Writes @p text, which is well-formed, to an Output or to Bytes, with markup escaped and the
+    /// code units in @p referenced as references.
     template <class Out>
-    void write(const Value& value, const Referenced& referenced, Out& out)
+    void write(std::string_view text, std::u16string_view referenced, Out& out)
     {
-        const std::u16string_view units =
-            value.has(referenced.classes) ? referenced.units : std::u16string_view();
-        std::string_view rest = value.bytes();
-        while (!rest.empty()) {
+        for (std::string_view rest = text; !rest.empty();) {
             const std::size_t plain = lengthBeforeSpecial(rest);
             out.write(rest.substr(0, plain));
             rest.remove_prefix(plain);
+            if (rest.empty()) {
+                break;
+            }
             const std::size_t length = lengthOfCharacters(rest, PORTION);
-            const std::u16string& markup = escape(rest.substr(0, length), units);
+            const std::u16string& markup = escape(rest.substr(0, length), referenced);
             char* const end = out.room(text::encodedUtf8Bound(markup.size()));
             out.endAt(text::encodeUtf8(markup.data(), markup.data() + markup.size(), end).written);
             rest.remove_prefix(length);
@@ -46,9 +47,7 @@ public:
     }
 
 private:
-    // In bytes. What escape() returns can be six times as long in code units, and room for three
-    // bytes is asked for each.
-    static constexpr std::size_t PORTION = 2048;
+    static constexpr std::size_t PORTION = 2048; ///< In bytes, at most.
 
     /// How many bytes at the beginning of @p text are neither markup nor white space other than
     /// blanks.

@@ -25,11 +25,8 @@ Fragment Fragment::of(const Text& text)
 {
     detail::Value value;
     assign(value, text);
-    if (!value.has(text::MARKUP | detail::IN_TEXT.classes)) {
-        return Fragment(std::string(value.bytes()));
-    }
     detail::Bytes markup;
-    detail::Escaper().write(value, detail::IN_TEXT, markup);
+    detail::Escaper().write(value.bytes(), detail::IN_TEXT.units, markup);
     return Fragment(std::string(markup.view()));
 }
 
