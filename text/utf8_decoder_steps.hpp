@@ -241,18 +241,15 @@ template <Progress (*DECODE)(const char*, const char*, char16_t*),
           Progress (*CLASSIFY)(const char*, const char*, char16_t*)>
 Utf8DecoderLevel decoderLevel(std::string_view name, bool isUsable)
 {
-    if (!isUsable) {
-        return {name, nullptr, nullptr};
-    }
-    return {name,
-            [](const char* first, const char* last, char16_t* out) {
-                const Progress progress = DECODE(first, last, out);
-                return DecodedUtf8{progress.read, progress.written};
-            },
-            [](const char* first, const char* last) {
-                const Progress progress = CLASSIFY(first, last, nullptr);
-                return ClassifiedUtf8{progress.read, progress.classes};
-            }};
+    const auto decode = [](const char* first, const char* last, char16_t* out) {
+        const Progress progress = DECODE(first, last, out);
+        return DecodedUtf8{progress.read, progress.written};
+    };
+    const auto classify = [](const char* first, const char* last) {
+        const Progress progress = CLASSIFY(first, last, nullptr);
+        return ClassifiedUtf8{progress.read, progress.classes};
+    };
+    return {name, isUsable ? +decode : nullptr, isUsable ? +classify : nullptr};
 }
 
 /// Goes on one code point at a time, from the beginning of a character.
