@@ -1,5 +1,6 @@
 #include "tools/common/OutputFile.hpp"
 
+#include <algorithm>
 #include <fcntl.h>
 #include <sys/stat.h>
 
@@ -33,10 +34,12 @@ OutputFile::OutputFile(const std::string& path, const std::string& program)
     if (descriptor.get() < 0) {
         throwSystemError(name);
     }
+    setp(buffer.data(), buffer.data() + buffer.size());
 }
 
 void OutputFile::commit()
 {
+    sync();
     if (temporary) {
         writeToDisk();
     }
@@ -57,6 +60,29 @@ OutputFile::int_type OutputFile::overflow(int_type byte)
 
 std::streamsize OutputFile::xsputn(const char* bytes, std::streamsize count)
 {
+    if (count > epptr() - pptr()) {
+        sync();
+    }
+    if (count >= LARGE_PIECE) {
+        sync();
+        write(bytes, count);
+    } else {
+        std::copy_n(bytes, count, pptr());
+        pbump(static_cast<int>(count));
+    }
+    return count;
+}
+
+int OutputFile::sync()
+{
+    const std::streamsize count = pptr() - pbase();
+    setp(buffer.data(), buffer.data() + buffer.size());
+    write(buffer.data(), count);
+    return 0;
+}
+
+void OutputFile::write(const char* bytes, std::streamsize count)
+{
     std::streamsize written = 0;
     while (written < count) {
         const ssize_t step =
@@ -67,7 +93,6 @@ std::streamsize OutputFile::xsputn(const char* bytes, std::streamsize count)
             throwSystemError(name);
         }
     }
-    return count;
 }
 
 /// Not every file system can do this on demand; that is no error.

@@ -4,15 +4,17 @@
 #include "tools/common/FileDescriptor.hpp"
 #include "tools/common/TemporaryFile.hpp"
 
+#include <cstddef>
 #include <optional>
 #include <streambuf>
 #include <string>
+#include <vector>
 
 namespace tarn::tools {
 
 /// Writes standard output, or a file that takes its name only when it is complete.
 ///
-/// There is no buffer, since the writers pass on large pieces of text. An error is thrown as a
+/// Text is collected until there is enough for a large write. An error is thrown as a
 /// `std::system_error` whose text is `OUTPUT: what is wrong`.
 class OutputFile : public std::streambuf
 {
@@ -34,8 +36,15 @@ public:
 protected:
     int_type overflow(int_type byte) override;
     std::streamsize xsputn(const char* bytes, std::streamsize count) override;
+    int sync() override;
 
 private:
+    static constexpr std::size_t BUFFER_SIZE = std::size_t{128} * 1024;
+
+    /// What is so large is not copied into the buffer.
+    static constexpr std::streamsize LARGE_PIECE = BUFFER_SIZE / 4;
+
+    void write(const char* bytes, std::streamsize count);
     FileDescriptor open(const std::string& path, const std::string& program);
     void writeToDisk();
 
@@ -43,6 +52,7 @@ private:
     std::string name;
     std::optional<TemporaryFile> temporary;
     FileDescriptor descriptor;
+    std::vector<char> buffer = std::vector<char>(BUFFER_SIZE);
 };
 
 } // namespace tarn::tools

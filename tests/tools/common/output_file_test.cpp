@@ -111,6 +111,23 @@ TEST(OutputFile, KeepsTheOldFileIfTheNewOneCannotBeWrittenToDisk)
     }
 }
 
+TEST(OutputFile, KeepsPiecesOfAnySizeInTheirOrder)
+{
+    const Directory directory;
+    OutputFile output(directory / "file.xml", "program");
+    std::string expected;
+    for (int round = 0; round < 20; ++round) {
+        for (const std::size_t size : {0, 1, 8191, 8192, 32767, 32768, 65536, 131'072, 131'073}) {
+            const std::string piece(size, static_cast<char>('a' + round));
+            output.sputn(piece.data(), static_cast<std::streamsize>(size));
+            output.sputc('.');
+            expected += piece + '.';
+        }
+    }
+    output.commit();
+    EXPECT_TRUE(readFile(directory / "file.xml") == expected);
+}
+
 TEST(OutputFile, WritesTheFileToDiskAndThenItsName)
 {
     const Directory directory;
