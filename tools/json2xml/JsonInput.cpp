@@ -4,6 +4,7 @@
 #include "tools/common/json_escapes.hpp"
 
 #include <algorithm>
+#include <cstring>
 #include <optional>
 #include <string_view>
 #include <utility>
@@ -18,11 +19,21 @@ namespace {
 constexpr std::string_view REPLACEMENT_DIGITS = "FFFD";
 constexpr std::string_view SPECIAL_DIGITS = "0000";
 
+/// The number of bytes that a character takes at most.
+constexpr std::size_t LONGEST_CHARACTER = 4;
+
+char* findBackslash(char* first, char* last)
+{
+    void* const found = std::memchr(first, '\\', static_cast<std::size_t>(last - first));
+    return found != nullptr ? static_cast<char*>(found) : last;
+}
+
 } // namespace
 
 JsonInput::JsonInput(InputFile file, const Limits& limits, bool keepsSpecialUnits)
-    : file(std::move(file)), limitsOfInput(limits), buffer(BLOCK_SIZE + 1), current(buffer.data()),
-      visibleEnd(current), readEnd(current), keepsSpecialUnits(keepsSpecialUnits)
+    : file(std::move(file)), limitsOfInput(limits), buffer(BLOCK_SIZE + SPARE_SIZE),
+      current(buffer.data()), visibleEnd(current), readEnd(current),
+      keepsSpecialUnits(keepsSpecialUnits)
 {
     continueAtEnd();
     skipByteOrderMark();
@@ -49,6 +60,23 @@ void JsonInput::fail(std::size_t offset, const std::string& problem) const
 Position JsonInput::positionAt(std::size_t offset) const
 {
     return advance(startPosition, {buffer.data(), offset - startOffset});
+}
+
+/// Reads characters of a string into `block`. Returns false if the next one is ill-formed.
+bool JsonInput::takeBlock()
+{
+    readStringBlock(current, visibleEnd, block);
+    while (block.size == 0 && !ended &&
+           visibleEnd - current < static_cast<std::ptrdiff_t>(LONGEST_CHARACTER)) {
+        showMore(); // the character may go on there
+        readStringBlock(current, visibleEnd, block);
+    }
+    current += block.read - current;
+    plainSize += block.isPlain ? block.size : 0;
+    if (current == visibleEnd) {
+        continueAtEnd();
+    }
+    return block.size > 0;
 }
 
 /// Throws if a number of which @p size bytes have been read is too large.
@@ -124,11 +152,11 @@ void JsonInput::readBlock()
     const std::size_t currentIndex = indexOf(current);
     const std::size_t visibleSize = indexOf(visibleEnd);
     const std::size_t size = indexOf(readEnd);
-    if (size + 1 == buffer.size()) {
+    if (size + SPARE_SIZE == buffer.size()) {
         buffer.resize(2 * buffer.size());
     }
     const std::size_t count =
-        file.descriptor.read(buffer.data() + size, buffer.size() - 1 - size, file.name);
+        file.descriptor.read(buffer.data() + size, buffer.size() - SPARE_SIZE - size, file.name);
     current = buffer.data() + currentIndex;
     visibleEnd = buffer.data() + visibleSize;
     readEnd = buffer.data() + size + count;
@@ -141,7 +169,7 @@ void JsonInput::readBlock()
 void JsonInput::revealEscapes()
 {
     char* escape = visibleEnd;
-    while ((escape = std::find(escape, readEnd, '\\')) != readEnd) {
+    while ((escape = findBackslash(escape, readEnd)) != readEnd) {
         if (!ended && readEnd - escape < static_cast<std::ptrdiff_t>(2 * UNICODE_ESCAPE_SIZE)) {
             break;
         }

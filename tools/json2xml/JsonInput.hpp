@@ -4,9 +4,11 @@
 #include "tools/common/Position.hpp"
 #include "tools/common/program.hpp"
 #include "tools/json2xml/limits.hpp"
+#include "tools/json2xml/string_block.hpp"
 
 #include <cstddef>
 #include <cstdint>
+#include <cstring>
 #include <deque>
 #include <rapidjson/reader.h>
 #include <string>
@@ -48,6 +50,19 @@ public:
     }
     std::size_t Tell() const { return startOffset + indexOf(current); }
 
+    /// Takes characters of a string up to one that is not itself, or some of them, and puts them
+    /// into @p output as UTF-16. Takes none and returns false if the next one is ill-formed.
+    template <typename Output>
+    bool takeCharacters(Output& output)
+    {
+        if (!takeBlock()) {
+            return false;
+        }
+        std::memcpy(output.Push(static_cast<rapidjson::SizeType>(block.size)), block.units.data(),
+                    block.size * sizeof(char16_t));
+        return true;
+    }
+
     /// RapidJSON requires these too, but calls them only when it parses in place.
     Ch* PutBegin() { return nullptr; }
     void Put(Ch) {}
@@ -75,6 +90,7 @@ public:
         skipWhiteSpace();
         tokenOffset = Tell();
         isInString = *current == '"';
+        plainSize = 0;
         if (isDigit(*current) || *current == '-') {
             captureNumber();
         }
@@ -99,6 +115,10 @@ public:
         isInString = false;
     }
 
+    /// Whether the last string, of @p size code units, is printable ASCII without an escape
+    /// sequence.
+    bool isPlainString(std::size_t size) const { return size == plainSize; }
+
     const Limits& limits() const { return limitsOfInput; }
 
     /// Whether the input ends at @p offset.
@@ -119,6 +139,8 @@ public:
 
 private:
     static constexpr std::size_t BLOCK_SIZE = 64 * 1024;
+
+    static constexpr std::size_t SPARE_SIZE = 1 + STRING_BLOCK_OVERREAD;
 
     /// How many bytes before the current one are kept. The reader reports a fault in an escape
     /// sequence where the sequence begins, and no other fault further back.
@@ -144,6 +166,7 @@ private:
             refuseSize("string", limitsOfInput.stringSize);
         }
     }
+    bool takeBlock();
     void checkNumberSize(std::size_t size) const;
     [[noreturn]] void refuseSize(const char* token, std::size_t limit) const;
 
@@ -162,8 +185,8 @@ private:
     tarn::tools::InputFile file;
     const Limits limitsOfInput;
 
-    /// The bytes taken last, then those to come. One byte is never read into: it is for the NUL at
-    /// the end.
+    /// The bytes taken last, then those to come. The last SPARE_SIZE bytes are never read into: one
+    /// is for the NUL at the end.
     std::vector<char> buffer;
     /// The buffer's first byte: its offset in the input, its line and column.
     std::size_t startOffset = 0;
@@ -184,6 +207,8 @@ private:
     tarn::tools::Position tokenPosition;
     /// That token is a string and the reader has not taken all of it.
     bool isInString = false;
+    /// How many characters of it were printable ASCII and stood for themselves.
+    std::size_t plainSize = 0;
 
     std::u16string numberText;
     /// The offset of the byte after that number.
@@ -192,11 +217,35 @@ private:
     const bool keepsSpecialUnits;
     /// Those that the reader has not had yet, too.
     std::deque<char16_t> specialUnits;
+
+    /// The characters that were taken last.
+    StringBlock block;
+};
+
+/// The encoding of the input, for which the reader takes characters by takeCharacters().
+struct InputEncoding : rapidjson::UTF8<>
+{
 };
 
 } // namespace json2xml
 
 namespace rapidjson {
+
+template <>
+struct Transcoder<json2xml::InputEncoding, UTF16<char16_t>>
+{
+    /// The reader calls this where a string goes on with a character that is itself.
+    template <typename Output>
+    static bool Validate(json2xml::JsonInput& input, Output& output)
+    {
+        return input.takeCharacters(output);
+    }
+    template <typename Output>
+    static bool Transcode(json2xml::JsonInput& input, Output& output)
+    {
+        return Validate(input, output);
+    }
+};
 
 /// The reader calls this before each token.
 template <>

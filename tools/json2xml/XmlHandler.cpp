@@ -144,19 +144,13 @@ bool XmlHandler::Uint(unsigned)
 
 bool XmlHandler::String(const char16_t* characters, rapidjson::SizeType length, bool)
 {
-    input.endString();
-    assign(text, characters, length);
+    take(value, characters, length);
     startElement(STRING);
-    const bool isEscaped = format.hasEscapes && plainSize(text) < text.size();
-    if (isEscaped) {
+    if (value.form == Form::ESCAPED) {
         writeAttribute(ESCAPED, TRUE);
     }
     writer.startText();
-    if (isEscaped) {
-        writeEscaped(text);
-    } else {
-        writeText(text, format.isCompact ? LINE_BREAKS : NORMALISED_IN_CONTENT);
-    }
+    write(value, format.isCompact ? LINE_BREAKS : NORMALISED_IN_CONTENT);
     writer.endElement(STRING);
     return true;
 }
@@ -168,8 +162,7 @@ bool XmlHandler::StartObject()
 
 bool XmlHandler::Key(const char16_t* characters, rapidjson::SizeType length, bool)
 {
-    input.endString();
-    assign(key, characters, length);
+    take(key, characters, length);
     hasKey = true;
     return true;
 }
@@ -208,15 +201,10 @@ void XmlHandler::startElement(const std::u16string& name)
 {
     writer.startElement(name);
     if (hasKey) {
-        const bool isEscaped = format.hasEscapes && plainSize(key) < key.size();
         writer.startAttribute(KEY);
-        if (isEscaped) {
-            writeEscaped(key);
-        } else {
-            writeText(key, NORMALISED_IN_ATTRIBUTE);
-        }
+        write(key, NORMALISED_IN_ATTRIBUTE);
         writer.endAttribute();
-        if (isEscaped) {
+        if (key.form == Form::ESCAPED) {
             writeAttribute(ESCAPED_KEY, TRUE);
         }
         hasKey = false;
@@ -230,14 +218,27 @@ void XmlHandler::writeAttribute(const std::u16string& name, const std::u16string
     writer.endAttribute();
 }
 
-/// Takes over the text of a string, with the special units that the reader must not see.
-void XmlHandler::assign(std::u16string& text, const char16_t* characters, std::size_t length)
+/// Takes over the string that the reader has just read, with the special units that the reader must
+/// not see.
+void XmlHandler::take(StringValue& string, const char16_t* characters, std::size_t length)
 {
+    input.endString();
+    std::u16string& text = string.text;
     text.assign(characters, length);
+    string.form = Form::AS_IT_IS;
+    if (input.isPlainString(length)) {
+        return;
+    }
     if (format.hasEscapes) {
         for (std::size_t place = 0; (place = text.find(u'\0', place)) < text.size(); ++place) {
             text[place] = input.takeSpecialUnit();
         }
+        if (plainSize(text) < text.size()) {
+            string.form = Form::ESCAPED;
+        }
+    } else if (hasSpecial(text)) {
+        std::ranges::replace_if(text, isNotInXml, REPLACEMENT_CHARACTER);
+        string.form = Form::IN_PIECES;
     }
 }
 
@@ -268,13 +269,18 @@ bool XmlHandler::endContainer(const std::u16string& name)
     return true;
 }
 
-void XmlHandler::writeText(std::u16string& text, const std::u16string& normalised)
+void XmlHandler::write(const StringValue& string, const std::u16string& normalised)
 {
-    if (hasSpecial(text)) {
-        std::ranges::replace_if(text, isNotInXml, REPLACEMENT_CHARACTER);
-        writeInPieces(text, normalised);
-    } else {
-        writer.writeValue(text);
+    switch (string.form) {
+    case Form::AS_IT_IS:
+        writer.writeValue(string.text);
+        break;
+    case Form::IN_PIECES:
+        writeInPieces(string.text, normalised);
+        break;
+    case Form::ESCAPED:
+        writeEscaped(string.text);
+        break;
     }
 }
 

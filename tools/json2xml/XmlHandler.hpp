@@ -58,20 +58,34 @@ public:
     void finish();
 
 private:
+    /// How a string is written.
+    enum class Form
+    {
+        AS_IT_IS,
+        IN_PIECES, ///< With character references for white space that must not stand as it is.
+        ESCAPED    ///< With JSON escape sequences.
+    };
+
+    struct StringValue
+    {
+        std::u16string text; ///< Without characters that XML 1.0 does not allow, unless escaped.
+        Form form = Form::AS_IT_IS;
+    };
+
     /// Writes a start tag without its end, with the key if there is one.
     void startElement(const std::u16string& name);
     void writeAttribute(const std::u16string& name, const std::u16string& plainText);
-    void assign(std::u16string& text, const char16_t* characters, std::size_t length);
+    void take(StringValue& string, const char16_t* characters, std::size_t length);
     bool writeSimple(const std::u16string& name, const std::u16string& plainText);
     bool startContainer(const std::u16string& name);
     bool endContainer(const std::u16string& name);
 
-    /// Replaces in @p text what XML 1.0 does not allow and writes it, as content or into the open
-    /// attribute value, so that a parser reads the same text back.
+    /// Writes @p string as content or into the open attribute value, so that a parser reads the
+    /// same text back.
     ///
     /// @param normalised the white space that a parser would change here, or that must not stand
     ///        here as it is.
-    void writeText(std::u16string& text, const std::u16string& normalised);
+    void write(const StringValue& string, const std::u16string& normalised);
     void writeInPieces(const std::u16string& text, const std::u16string& normalised);
 
     /// Writes @p text, which has characters to escape, as content or into the open attribute value.
@@ -84,11 +98,12 @@ private:
     std::size_t depth = 0;
 
     /// The key of the next value, if that is an object's member.
-    std::u16string key;
+    StringValue key;
     bool hasKey = false;
 
-    /// A string value, and a piece of one. They are members so that their memory is used again.
-    std::u16string text;
+    /// A string that is no key, and a piece of one. They are members so that their memory is used
+    /// again.
+    StringValue value;
     std::u16string piece;
 };
 

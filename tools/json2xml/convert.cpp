@@ -13,7 +13,7 @@ namespace {
 constexpr unsigned PARSE_FLAGS =
     rapidjson::kParseIterativeFlag | rapidjson::kParseValidateEncodingFlag;
 
-using Reader = rapidjson::GenericReader<rapidjson::UTF8<>, rapidjson::UTF16<char16_t>,
+using Reader = rapidjson::GenericReader<InputEncoding, rapidjson::UTF16<char16_t>,
                                         tarn::common::ThrowingAllocator>;
 
 std::string describeFaultInString(const JsonInput& input, std::size_t offset)

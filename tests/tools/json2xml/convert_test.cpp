@@ -99,6 +99,40 @@ TEST(Conversion, WritesWhatAParserReadsBack)
     }
 }
 
+TEST(Conversion, TakesEveryCharacterAtEveryPlaceOfAString)
+{
+    const struct
+    {
+        std::string json;
+        std::string xml;
+    } characters[] = {{"~", "~"},
+                      {"<", "&lt;"},
+                      {"\\\"", "&quot;"},
+                      {"\\r", "&#13;"},
+                      {"\x7F", "\x7F"},
+                      {"\xC2\x80", "\xC2\x80"},
+                      {"\\u0001", "\uFFFD"},
+                      {"\uFFFF", "\uFFFD"},
+                      {"\U00010000", "\U00010000"}};
+    const std::size_t lengths[] = {0,  1,   7,   8,   15,  16,  17,  31,
+                                   32, 250, 253, 254, 255, 256, 257, 300};
+    std::string json = "[0";
+    std::string xml;
+    for (const auto& character : characters) {
+        for (const std::size_t before : lengths) {
+            for (const std::string after : {"", "b", "bbbbbbbbbbbbbbbbbbbb"}) {
+                const std::string start(before, 'a');
+                json += ",\n\"" + start + character.json + after + '"';
+                xml += "  <string>" + start + character.xml + after + "</string>\n";
+            }
+        }
+    }
+    const Result result = run({}, json + ']');
+    EXPECT_EQ(result.error, "");
+    EXPECT_EQ(
+        difference(result.output.substr(result.output.find("  <string>")), xml + "</array>\n"), "");
+}
+
 TEST(Conversion, EscapesWhatXmlCannotHold)
 {
     const struct
@@ -122,11 +156,12 @@ TEST(Conversion, EscapesWhatXmlCannotHold)
     for (const auto& [text, xml, isEscaped] : cases) {
         const std::string mark = isEscaped ? "escaped=\"true\"" : "";
         const std::string markOfKey = isEscaped ? " escaped-key=\"true\"" : "";
-        EXPECT_THAT(run({"--escape"}, "[\"" + text + "\"]").output,
+        EXPECT_THAT(run({"--escape"}, "[\"" + text + "\", \"a\"]").output,
                     testing::HasSubstr("<string" + (isEscaped ? ' ' + mark : "") + ">" + xml +
-                                       "</string>"));
-        EXPECT_THAT(run({"--escape"}, "{\"" + text + "\":null}").output,
-                    testing::HasSubstr("<null key=\"" + xml + '"' + markOfKey + "/>"));
+                                       "</string>\n  <string>a</string>"));
+        EXPECT_THAT(run({"--escape"}, "{\"" + text + "\":null, \"a\": \"a\"}").output,
+                    testing::HasSubstr("<null key=\"" + xml + '"' + markOfKey +
+                                       "/>\n  <string key=\"a\">a</string>"));
     }
 }
 
@@ -237,6 +272,7 @@ TEST(Conversion, SaysWhatIsWrongAndWhere)
         {"[\"abc", "1:6: expected the end of a string, found the end of the input"},
         {"\"a\\u00", "1:3: the input ends inside an escape sequence"},
         {"tru", "1:4: expected true, false or null, found the end of the input"},
+        {"\"\u00E9\x1F\"", "1:3: expected an escape sequence, found byte 0x1F"},
         {"1 234", "1:3: expected the end of the input, found '2'"},
         {"[] ]", "1:4: expected the end of the input, found ']'"},
         {"1\0"s, "1:2: expected the end of the input, found byte 0x00"},

@@ -1,0 +1,33 @@
+// Taking over the characters of a JSON string many at a time.
+#pragma once
+
+#include <array>
+#include <cstddef>
+
+namespace json2xml {
+
+/// The most bytes that readStringBlock() reads.
+inline constexpr std::size_t STRING_BLOCK_SIZE = 256;
+
+/// How many bytes after its input readStringBlock() may load. It does not use them.
+inline constexpr std::size_t STRING_BLOCK_OVERREAD = 16;
+
+/// Some characters of a string, as UTF-16.
+struct StringBlock
+{
+    /// The first byte that was not read.
+    const char* read = nullptr;
+    /// The number of code units.
+    std::size_t size = 0;
+    /// They are all printable ASCII.
+    bool isPlain = true;
+    // A vector kernel writes more than it keeps.
+    std::array<char16_t, STRING_BLOCK_SIZE + 64> units;
+};
+
+/// Decodes well-formed UTF-8 from @p first on, up to a quotation mark, a backslash, a control
+/// character, an ill-formed sequence, a character of which @p last cuts off a part, or the size of
+/// a block.
+void readStringBlock(const char* first, const char* last, StringBlock& block);
+
+} // namespace json2xml
