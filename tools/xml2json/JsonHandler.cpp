@@ -3,13 +3,20 @@
 #include "tools/xml2json/numbers.hpp"
 
 #include <algorithm>
-#include <utility>
+#include <cstring>
 
 namespace xml2json {
 
 namespace {
 
-constexpr std::string_view NAMESPACE = "http://www.w3.org/2005/xpath-functions";
+constexpr char NAMESPACE[] = "http://www.w3.org/2005/xpath-functions";
+
+/// Compares a constant number of bytes, for which the compiler needs no call.
+template <std::size_t SIZE>
+bool is(std::string_view text, const char (&literal)[SIZE])
+{
+    return text.size() == SIZE - 1 && std::memcmp(text.data(), literal, SIZE - 1) == 0;
+}
 
 std::string quoted(std::string_view text)
 {
@@ -31,20 +38,19 @@ void JsonHandler::startElement(const Name& name, std::span<const Attribute> attr
         refuse("an element inside a value that can only be text");
     }
     const Element element = elementOf(name);
-    const std::string elementName(name.local);
-    const Properties properties = propertiesOf(elementName, attributes, element == Element::STRING);
+    const Properties properties = propertiesOf(name.local, attributes, element == Element::STRING);
     if (containers.empty()) {
         // The outermost element can be a member that was taken out of a map, so a key is ignored.
         if (format.hasLines && element != Element::ARRAY) {
-            refuse("expected array, whose members become lines, found " + elementName);
+            refuse("expected array, whose members become lines, found " + std::string(name.local));
         }
-    } else if (containers.back().isMap) {
-        writeKey(elementName, properties);
+    } else if (containers.back() == Element::MAP) {
+        writeKey(name.local, properties);
     } else if (properties.key || properties.hasEscapedKey) {
-        refuse("a key in an array, at " + elementName);
+        refuse("a key in an array, at " + std::string(name.local));
     }
     if (element == Element::ARRAY || element == Element::MAP) {
-        startContainer(element == Element::MAP);
+        startContainer(element);
     } else {
         startLeaf(element, properties);
     }
@@ -52,29 +58,11 @@ void JsonHandler::startElement(const Name& name, std::span<const Attribute> attr
 
 void JsonHandler::text(std::string_view piece)
 {
-    if (!leaf) {
-        const std::size_t start = piece.find_first_not_of(WHITE_SPACE);
-        if (start != std::string_view::npos) {
-            parser.fail(tarn::tools::advance(parser.position(), piece.substr(0, start)),
-                        "text outside of strings, numbers and booleans");
-        }
-        return;
-    }
-    constexpr std::size_t LONGEST_BOOLEAN = 5;
-    switch (*leaf) {
-    case Element::STRING:
-        if (!escaper.add(piece)) {
-            refuseLeaf("a string with an unknown escape sequence");
-        }
-        break;
-    case Element::NUMBER:
-        addToValue(piece, limits.numberSize);
-        break;
-    case Element::BOOLEAN:
-        addToValue(piece, LONGEST_BOOLEAN);
-        break;
-    default:
-        refuse("text in null, which must be empty");
+    if (leaf) {
+        leafText(piece);
+    } else if (const auto* const start = std::ranges::find_if_not(piece, isWhiteSpace);
+               start != piece.end()) {
+        refuseText(piece.substr(0, static_cast<std::size_t>(start - piece.begin())));
     }
 }
 
@@ -100,37 +88,46 @@ void JsonHandler::finish()
 
 JsonHandler::Element JsonHandler::elementOf(const Name& name) const
 {
-    constexpr std::pair<std::string_view, Element> ELEMENTS[] = {
-        {"array", Element::ARRAY},     {"boolean", Element::BOOLEAN}, {"map", Element::MAP},
-        {"null", Element::NULL_VALUE}, {"number", Element::NUMBER},   {"string", Element::STRING},
-    };
-    if (name.space != NAMESPACE) {
-        refuse(quoted(name.local) + " is not in the namespace " + std::string(NAMESPACE));
+    if (!is(name.space, NAMESPACE)) {
+        refuse(quoted(name.local) + " is not in the namespace " + NAMESPACE);
     }
-    const auto* const element =
-        std::ranges::find(ELEMENTS, name.local, [](const auto& each) { return each.first; });
-    if (element == std::end(ELEMENTS)) {
-        refuse("expected array, boolean, map, null, number or string, found " + quoted(name.local));
+    if (is(name.local, "string")) {
+        return Element::STRING;
     }
-    return element->second;
+    if (is(name.local, "number")) {
+        return Element::NUMBER;
+    }
+    if (is(name.local, "map")) {
+        return Element::MAP;
+    }
+    if (is(name.local, "array")) {
+        return Element::ARRAY;
+    }
+    if (is(name.local, "boolean")) {
+        return Element::BOOLEAN;
+    }
+    if (is(name.local, "null")) {
+        return Element::NULL_VALUE;
+    }
+    refuse("expected array, boolean, map, null, number or string, found " + quoted(name.local));
 }
 
 /// @param canBeEscaped whether the element may have the attribute `escaped`.
-JsonHandler::Properties JsonHandler::propertiesOf(const std::string& element,
+JsonHandler::Properties JsonHandler::propertiesOf(std::string_view element,
                                                   std::span<const Attribute> attributes,
                                                   bool canBeEscaped) const
 {
     Properties properties;
     for (const Attribute& attribute : attributes) {
         const auto& [space, local] = attribute.name;
-        if (space.empty() && local == "key") {
+        if (space.empty() && is(local, "key")) {
             properties.key = attribute.value;
-        } else if (space.empty() && local == "escaped-key") {
+        } else if (space.empty() && is(local, "escaped-key")) {
             properties.hasEscapedKey = !containers.empty() && toBoolean(attribute);
-        } else if (space.empty() && local == "escaped" && canBeEscaped) {
+        } else if (space.empty() && is(local, "escaped") && canBeEscaped) {
             properties.isEscaped = toBoolean(attribute);
-        } else if (space.empty() || space == NAMESPACE) {
-            refuse(element + " cannot have the attribute " + quoted(local));
+        } else if (space.empty() || is(space, NAMESPACE)) {
+            refuse(std::string(element) + " cannot have the attribute " + quoted(local));
         }
     }
     return properties;
@@ -145,18 +142,18 @@ bool JsonHandler::toBoolean(const Attribute& attribute) const
     return *isTrue;
 }
 
-void JsonHandler::writeKey(const std::string& element, const Properties& properties)
+void JsonHandler::writeKey(std::string_view element, const Properties& properties)
 {
     if (!properties.key) {
-        refuse(element + " in a map has no key");
+        refuse(std::string(element) + " in a map has no key");
     }
     const std::string_view key = *properties.key;
     const bool isEscaped = properties.hasEscapedKey.value_or(false);
-    std::optional<std::string> unescaped = isEscaped ? unescape(key) : std::string(key);
-    if (!unescaped) {
+    std::optional<std::string> unescaped;
+    if (isEscaped && !(unescaped = unescape(key))) {
         refuse("a key with an unknown escape sequence");
     }
-    if (!format.keepsRepeatedKeys && !containers.back().keys.insert(std::move(*unescaped)).second) {
+    if (!format.keepsRepeatedKeys && !keys[openMaps - 1].insert(unescaped ? *unescaped : key)) {
         refuse("the key is repeated in its map (see --keep-repeated-keys)");
     }
     escaper.start(isEscaped);
@@ -164,7 +161,7 @@ void JsonHandler::writeKey(const std::string& element, const Properties& propert
     escaper.end();
 }
 
-void JsonHandler::startContainer(bool isMap)
+void JsonHandler::startContainer(Element element)
 {
     const bool isLines = format.hasLines && containers.empty();
     if (!isLines) {
@@ -174,25 +171,33 @@ void JsonHandler::startContainer(bool isMap)
             refuse("nested deeper than " + std::to_string(limits.depth) +
                    " levels (see --max-depth)");
         }
-        if (isMap) {
+        if (element == Element::MAP) {
             writer.startObject();
+            startKeys();
         } else {
             writer.startArray();
         }
     }
-    containers.push_back({isMap, {}});
+    containers.push_back(element);
+}
+
+void JsonHandler::startKeys()
+{
+    if (openMaps == keys.size()) {
+        keys.emplace_back();
+    }
+    keys[openMaps].clear();
+    ++openMaps;
 }
 
 void JsonHandler::endContainer()
 {
-    const bool isMap = containers.back().isMap;
+    const Element element = containers.back();
     containers.pop_back();
-    if (format.hasLines && containers.empty()) {
-        return;
-    }
-    if (isMap) {
+    if (element == Element::MAP) {
+        --openMaps;
         writer.endObject();
-    } else {
+    } else if (const bool isLines = format.hasLines && containers.empty(); !isLines) {
         writer.endArray();
     }
 }
@@ -217,11 +222,10 @@ void JsonHandler::endLeaf()
         }
         break;
     case Element::NUMBER:
-        if (const std::optional<std::string> number = toJsonNumber(value)) {
-            writer.number(*number);
-        } else {
+        if (!makeJsonNumber(value)) {
             refuseLeaf("the content of number is not a finite number");
         }
+        writer.number(value);
         break;
     case Element::BOOLEAN:
         if (const std::optional<bool> isTrue = parseBoolean(value)) {
@@ -236,6 +240,26 @@ void JsonHandler::endLeaf()
     leaf.reset();
 }
 
+void JsonHandler::leafText(std::string_view piece)
+{
+    constexpr std::size_t LONGEST_BOOLEAN = 5;
+    switch (*leaf) {
+    case Element::STRING:
+        if (!escaper.add(piece)) {
+            refuseLeaf("a string with an unknown escape sequence");
+        }
+        break;
+    case Element::NUMBER:
+        addToValue(piece, limits.numberSize);
+        break;
+    case Element::BOOLEAN:
+        addToValue(piece, LONGEST_BOOLEAN);
+        break;
+    default:
+        refuse("text in null, which must be empty");
+    }
+}
+
 /// Removes the white space around the value, however it is divided into pieces.
 ///
 /// @param limit the size that the value may have.
@@ -248,7 +272,7 @@ void JsonHandler::addToValue(std::string_view piece, std::size_t limit)
         }
         return;
     }
-    const bool isDivided = hasValueEnded || (!value.empty() && WHITE_SPACE.contains(piece.front()));
+    const bool isDivided = hasValueEnded || (!value.empty() && isWhiteSpace(piece.front()));
     if (isDivided) {
         refuseLeaf("white space inside a value");
     }
@@ -256,12 +280,18 @@ void JsonHandler::addToValue(std::string_view piece, std::size_t limit)
         refuseLeaf("a value longer than " + std::to_string(limit) + " bytes");
     }
     value += trimmed;
-    hasValueEnded = WHITE_SPACE.contains(piece.back());
+    hasValueEnded = isWhiteSpace(piece.back());
 }
 
 void JsonHandler::refuse(const std::string& problem) const
 {
     parser.fail(parser.position(), problem);
+}
+
+void JsonHandler::refuseText(std::string_view whiteSpaceBefore) const
+{
+    parser.fail(tarn::tools::advance(parser.position(), whiteSpaceBefore),
+                "text outside of strings, numbers and booleans");
 }
 
 void JsonHandler::refuseLeaf(const std::string& problem) const

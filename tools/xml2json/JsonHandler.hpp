@@ -3,13 +3,13 @@
 #pragma once
 
 #include "tools/xml2json/JsonWriter.hpp"
+#include "tools/xml2json/KeySet.hpp"
 #include "tools/xml2json/limits.hpp"
 #include "tools/xml2json/StringEscaper.hpp"
 #include "tools/xml2json/XmlParser.hpp"
 
 #include <cstddef>
 #include <optional>
-#include <set>
 #include <string>
 #include <vector>
 
@@ -63,28 +63,24 @@ private:
         bool isEscaped = false;
     };
 
-    struct Container
-    {
-        bool isMap;
-        /// Unescaped. Empty if repeated keys are kept. A tree, because the input could choose keys
-        /// that all have the same hash value.
-        std::set<std::string> keys;
-    };
-
     Element elementOf(const Name& name) const;
-    Properties propertiesOf(const std::string& element, std::span<const Attribute> attributes,
+    Properties propertiesOf(std::string_view element, std::span<const Attribute> attributes,
                             bool canBeEscaped) const;
     bool toBoolean(const Attribute& attribute) const;
-    void writeKey(const std::string& element, const Properties& properties);
-    void startContainer(bool isMap);
+    void writeKey(std::string_view element, const Properties& properties);
+    void startContainer(Element element);
+    void startKeys();
     void endContainer();
     void startLeaf(Element element, const Properties& properties);
+    void leafText(std::string_view piece);
     void endLeaf();
     void addToValue(std::string_view piece, std::size_t limit);
     bool isOutermostArrayOfLines() const { return format.hasLines && containers.size() == 1; }
 
     /// Throws with the position of the event.
     [[noreturn]] void refuse(const std::string& problem) const;
+    /// Throws with the position of text in the piece that is being reported.
+    [[noreturn]] void refuseText(std::string_view whiteSpaceBefore) const;
     /// Throws with the position of the element that is no array and no map.
     [[noreturn]] void refuseLeaf(const std::string& problem) const;
 
@@ -95,7 +91,12 @@ private:
     StringEscaper escaper;
 
     /// The arrays and maps that are open, with the outermost array of lines.
-    std::vector<Container> containers;
+    std::vector<Element> containers;
+
+    /// The unescaped keys of the maps that are open, unless repeated ones are kept. What follows
+    /// them is kept to use its memory again.
+    std::vector<KeySet> keys;
+    std::size_t openMaps = 0;
 
     /// The other element that is open, and where it begins.
     std::optional<Element> leaf;

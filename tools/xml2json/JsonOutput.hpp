@@ -2,8 +2,9 @@
 #pragma once
 
 #include <cstddef>
+#include <cstring>
+#include <memory>
 #include <ostream>
-#include <string>
 #include <string_view>
 
 namespace xml2json {
@@ -13,36 +14,37 @@ namespace xml2json {
 class JsonOutput
 {
 public:
-    explicit JsonOutput(std::ostream& stream) : stream(stream) { buffer.reserve(SIZE); }
+    explicit JsonOutput(std::ostream& stream) : stream(stream) {}
 
     /// The members that RapidJSON requires of an output stream.
     using Ch = char;
     void Put(char byte)
     {
-        if (buffer.size() == SIZE) [[unlikely]] {
+        if (size == SIZE) [[unlikely]] {
             push();
         }
-        buffer += byte;
+        buffer[size++] = byte;
     }
     /// RapidJSON calls this at the end of each outermost value, of which there can be many.
     void Flush() {}
 
     void append(std::string_view text)
     {
-        if (buffer.size() + text.size() > SIZE) [[unlikely]] {
+        if (text.size() > SIZE - size) [[unlikely]] {
             push();
         }
         if (text.size() > SIZE) [[unlikely]] {
             write(text);
         } else {
-            buffer += text;
+            std::memcpy(buffer.get() + size, text.data(), text.size());
+            size += text.size();
         }
     }
 
     void push()
     {
-        write(buffer);
-        buffer.clear();
+        write({buffer.get(), size});
+        size = 0;
     }
 
 private:
@@ -54,7 +56,8 @@ private:
     }
 
     std::ostream& stream;
-    std::string buffer;
+    const std::unique_ptr<char[]> buffer = std::make_unique<char[]>(SIZE);
+    std::size_t size = 0;
 };
 
 } // namespace xml2json

@@ -23,18 +23,43 @@ public:
     ///        line.
     JsonWriter(std::ostream& stream, std::optional<unsigned> indentation);
 
-    void startObject();
-    void endObject();
-    void startArray();
-    void endArray();
-    void null();
-    void boolean(bool isTrue);
+    void startObject()
+    {
+        write([](auto& json) { json.StartObject(); });
+    }
+    void endObject()
+    {
+        write([](auto& json) { json.EndObject(); });
+    }
+    void startArray()
+    {
+        write([](auto& json) { json.StartArray(); });
+    }
+    void endArray()
+    {
+        write([](auto& json) { json.EndArray(); });
+    }
+    void null()
+    {
+        write([](auto& json) { json.Null(); });
+    }
+    void boolean(bool isTrue)
+    {
+        write([isTrue](auto& json) { json.Bool(isTrue); });
+    }
 
     /// @param text a JSON number.
-    void number(std::string_view text);
+    void number(std::string_view text)
+    {
+        write([](auto& json) { json.RawValue("", 0, rapidjson::kNumberType); });
+        output.append(text);
+    }
 
     /// Starts a string value or a key. Its text follows with stringText().
-    void startString();
+    void startString()
+    {
+        write([](auto& json) { json.RawValue("\"", 1, rapidjson::kStringType); });
+    }
 
     /// Writes text of the open string as it is, so it must be escaped.
     void stringText(std::string_view text) { output.append(text); }
@@ -42,7 +67,11 @@ public:
     void endString() { output.Put('"'); }
 
     /// Ends the line, after an outermost value. Another one may follow.
-    void endLine();
+    void endLine()
+    {
+        output.Put('\n');
+        write([this](auto& json) { json.Reset(output); });
+    }
 
     /// Passes all text on to the stream.
     void push() { output.push(); }
@@ -52,7 +81,14 @@ private:
     using Configured = Writer<JsonOutput, rapidjson::UTF8<>, rapidjson::UTF8<>,
                               tarn::common::ThrowingAllocator, rapidjson::kWriteDefaultFlags>;
 
-    void write(const auto& event) { std::visit(event, writer); }
+    void write(const auto& event)
+    {
+        if (auto* const compact = std::get_if<0>(&writer)) {
+            event(*compact);
+        } else {
+            event(*std::get_if<1>(&writer));
+        }
+    }
 
     JsonOutput output;
     std::variant<Configured<rapidjson::Writer>, Configured<rapidjson::PrettyWriter>> writer;

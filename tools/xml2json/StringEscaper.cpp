@@ -5,7 +5,10 @@
 
 #include <algorithm>
 #include <array>
+#include <bit>
 #include <cstdint>
+#include <cstring>
+#include <emmintrin.h>
 
 namespace xml2json {
 
@@ -35,6 +38,48 @@ constexpr std::array<bool, 256> SPECIAL = [] {
 bool isSpecial(char byte)
 {
     return SPECIAL[static_cast<unsigned char>(byte)];
+}
+
+constexpr std::size_t STEP = sizeof(__m128i);
+
+/// A bit for each of the bytes that may have to be escaped.
+unsigned specialsIn(__m128i bytes)
+{
+    const auto is = [bytes](char byte) { return _mm_cmpeq_epi8(bytes, _mm_set1_epi8(byte)); };
+    const __m128i isControl = _mm_cmpeq_epi8(_mm_min_epu8(bytes, _mm_set1_epi8(' ' - 1)), bytes);
+    const __m128i isQuoted = _mm_or_si128(_mm_or_si128(is('"'), is('/')), is('\\'));
+    const __m128i isOther = _mm_or_si128(is('\x7F'), is(static_cast<char>(LEAD_OF_CONTROLS)));
+    return static_cast<unsigned>(
+        _mm_movemask_epi8(_mm_or_si128(_mm_or_si128(isControl, isQuoted), isOther)));
+}
+
+/// The number of bytes before the first one that may have to be escaped. Loads overlap where the
+/// size is no multiple of theirs.
+std::size_t plainSize(std::string_view text)
+{
+    const char* const first = text.data();
+    const std::size_t size = text.size();
+    if (size >= STEP) {
+        for (std::size_t place = 0; place < size; place += STEP) {
+            place = std::min(place, size - STEP);
+            const auto* const step = reinterpret_cast<const __m128i*>(first + place);
+            if (const unsigned specials = specialsIn(_mm_loadu_si128(step)); specials != 0) {
+                return place + static_cast<std::size_t>(std::countr_zero(specials));
+            }
+        }
+        return size;
+    }
+    if (size >= 8) {
+        const auto load = [first](std::size_t place) {
+            std::int64_t bytes = 0;
+            std::memcpy(&bytes, first + place, sizeof(bytes));
+            return bytes;
+        };
+        if (specialsIn(_mm_set_epi64x(load(0), load(size - 8))) == 0) {
+            return size;
+        }
+    }
+    return static_cast<std::size_t>(std::ranges::find_if(text, isSpecial) - text.begin());
 }
 
 bool isHexadecimalDigit(char byte)
@@ -105,8 +150,7 @@ bool StringEscaper::add(std::string_view piece)
             piece.remove_prefix(1);
             continue;
         }
-        const auto plain =
-            static_cast<std::size_t>(std::ranges::find_if(piece, isSpecial) - piece.begin());
+        const std::size_t plain = plainSize(piece);
         writer.stringText(piece.substr(0, plain));
         piece.remove_prefix(plain);
         if (piece.empty()) {

@@ -6,7 +6,7 @@
 #include <exception>
 #include <libxml/parser.h>
 #include <new>
-#include <optional>
+#include <utility>
 #include <vector>
 
 namespace xml2json {
@@ -17,9 +17,6 @@ using tarn::tools::Position;
 namespace {
 
 constexpr std::size_t BLOCK_SIZE = std::size_t{64} * 1024;
-
-/// libxml2 takes the size of a block as an int.
-constexpr std::size_t MOST_AT_ONCE = std::size_t{1} << 30;
 
 /// libxml2 keeps every name and namespace name that it has met, and gets slow if there are many.
 /// This is how much memory it may take for them, in bytes; it takes it in steps, so it has room for
@@ -54,17 +51,17 @@ void watchAllocations()
         [](const char* text) { return static_cast<char*>(noteLack(::strdup(text))); });
 }
 
-/// On one line, without the line feed at the end. libxml2 has one message for text after the
-/// document and for a document that is cut off.
-///
-/// @param depth how many elements are open, if the document has had any.
-std::string messageOf(const xmlError& error, std::optional<std::size_t> depth)
+/// On one line, without the line feed at the end.
+std::string messageOf(const xmlError& error)
 {
-    if (error.code == XML_ERR_DOCUMENT_EMPTY || (error.code == XML_ERR_DOCUMENT_END && !depth)) {
+    if (error.code == XML_ERR_DOCUMENT_EMPTY) {
         return "expected an element";
     }
-    if (error.code == XML_ERR_DOCUMENT_END && depth > 0) {
+    if (error.code == XML_ERR_TAG_NOT_FINISHED) {
         return "the input ends inside an element";
+    }
+    if (error.code == XML_ERR_CDATA_NOT_FINISHED) {
+        return "the input ends inside a CDATA section";
     }
     std::string message = error.message != nullptr ? error.message : "not well-formed";
     while (message.ends_with('\n') || message.ends_with(' ')) {
@@ -81,7 +78,7 @@ std::string messageOf(const xmlError& error, std::optional<std::size_t> depth)
 class XmlParser::Context
 {
 public:
-    explicit Context(const XmlParser& owner) : owner(owner)
+    explicit Context(tarn::tools::InputFile file) : file(std::move(file))
     {
         static const bool isWatching = (watchAllocations(), true);
         static_cast<void>(isWatching);
@@ -103,7 +100,7 @@ public:
         };
         handler.serror = reportError;
         const ErrorReports reports(this);
-        parser = xmlCreatePushParserCtxt(&handler, this, nullptr, 0, nullptr);
+        parser = xmlCreateIOParserCtxt(&handler, this, read, nullptr, this, XML_CHAR_ENCODING_NONE);
         if (parser == nullptr || hasLackedMemory) {
             xmlFreeParserCtxt(parser);
             throw std::bad_alloc();
@@ -120,12 +117,11 @@ public:
         xmlFreeParserCtxt(parser);
     }
 
-    /// Parses @p block, which is empty at the end of the document.
-    void parse(std::string_view block, XmlEvents& receiver)
+    void parse(XmlEvents& receiver)
     {
         events = &receiver;
         const ErrorReports reports(this);
-        xmlParseChunk(parser, block.data(), static_cast<int>(block.size()), block.empty() ? 1 : 0);
+        xmlParseDocument(parser);
         if (hasLackedMemory) {
             throw std::bad_alloc();
         }
@@ -134,10 +130,10 @@ public:
         }
     }
 
-    /// How many bytes libxml2 has kept because a start tag or comment is not complete.
-    std::size_t unparsedSize() const
+    /// Throws an error whose text is `NAME:LINE:COLUMN: problem`.
+    [[noreturn]] void fail(Position position, const std::string& problem) const
     {
-        return static_cast<std::size_t>(parser->input->end - parser->input->cur);
+        failAt(file.name, position, problem);
     }
 
     Position eventStart;
@@ -172,17 +168,31 @@ private:
         }
     }
 
+    /// Copies at most @p size of the next bytes of the file. Returns how many; 0 at the end.
+    static int read(void* self, char* bytes, int size)
+    {
+        std::size_t count = 0;
+        guard(self, [&](Context& context) {
+            std::string_view& unread = context.unread;
+            if (unread.empty()) {
+                context.checkNames();
+                unread = context.readBlock();
+            }
+            count = unread.copy(bytes, static_cast<std::size_t>(size));
+            unread.remove_prefix(count);
+        });
+        return static_cast<int>(count);
+    }
+
     static void startElement(void* self, const xmlChar* localName, const xmlChar*,
                              const xmlChar* space, int, const xmlChar**, int attributeCount, int,
                              const xmlChar** attributes)
     {
         guard(self, [&](Context& context) {
-            context.eventStart = context.startOfTag();
-            if (xmlDictGetUsage(context.parser->dict) > MOST_FOR_NAMES) {
-                context.owner.fail(context.eventStart,
-                                   "more than a million bytes of different names");
+            if (!context.isStartExact) {
+                context.eventStart = context.startOfTag();
             }
-            context.depth = context.depth.value_or(0) + 1;
+            ++context.depth;
             context.attributes.clear();
             for (int i = 0; i < attributeCount; ++i) {
                 constexpr int FIELDS = 5; // local name, prefix, namespace name, value, its end
@@ -190,8 +200,11 @@ private:
                 context.attributes.push_back(
                     {{view(fields[2]), view(fields[0])}, view(fields[3], fields[4])});
             }
-            context.events->startElement({view(space), view(localName)}, context.attributes);
-            context.eventStart = context.here();
+            if (reinterpret_cast<const char*>(space) != context.space.data()) {
+                context.space = view(space);
+            }
+            context.events->startElement({context.space, view(localName)}, context.attributes);
+            context.endEvent();
             ++context.eventStart.column; // the `>`, which has not been read
         });
     }
@@ -200,8 +213,8 @@ private:
     {
         guard(self, [](Context& context) {
             context.events->endElement();
-            --*context.depth;
             context.endEvent();
+            context.isStartExact = --context.depth > 0;
         });
     }
 
@@ -218,7 +231,7 @@ private:
         guard(self, [](Context& context) {
             const Position start = context.startOfTag();
             xmlStopParser(context.parser); // so that it does not even look at the declarations
-            context.owner.fail(start, "a document type declaration is not allowed");
+            context.fail(start, "a document type declaration is not allowed");
         });
     }
 
@@ -226,11 +239,26 @@ private:
     {
         guard(self, [&](Context& context) {
             if (error->level >= XML_ERR_ERROR) {
-                context.owner.fail({static_cast<unsigned>(error->line),
-                                    static_cast<unsigned>(std::max(error->int2, 1))},
-                                   messageOf(*error, context.depth));
+                context.fail({static_cast<unsigned>(error->line),
+                              static_cast<unsigned>(std::max(error->int2, 1))},
+                             messageOf(*error));
             }
         });
+    }
+
+    std::string_view readBlock()
+    {
+        const std::size_t size = file.descriptor.read(block.data(), block.size(), file.name);
+        bytesRead += size;
+        file.onBlock(bytesRead);
+        return {block.data(), size};
+    }
+
+    void checkNames() const
+    {
+        if (xmlDictGetUsage(parser->dict) > MOST_FOR_NAMES) {
+            fail(eventStart, "more than a million bytes of different names");
+        }
     }
 
     /// How far libxml2 has read.
@@ -241,17 +269,23 @@ private:
     }
 
     /// The next event begins here.
-    void endEvent() { eventStart = here(); }
+    void endEvent()
+    {
+        eventStart = here();
+        isStartExact = depth > 0;
+    }
 
     /// The position of the start tag, or declaration, that libxml2 has read. It counts back from
-    /// there, because libxml2 does not report the white space before the outermost element.
+    /// there.
     Position startOfTag() const
     {
         const std::string_view before = view(parser->input->base, parser->input->cur);
-        const std::size_t start = before.rfind('<');
-        if (start == std::string_view::npos) {
+        const void* const found = ::memrchr(before.data(), '<', before.size());
+        if (found == nullptr) {
             return eventStart;
         }
+        const auto start =
+            static_cast<std::size_t>(static_cast<const char*>(found) - before.data());
         const std::string_view tag = before.substr(start);
         const Position size = advance({}, tag);
         const Position end = here();
@@ -265,19 +299,31 @@ private:
                    : advance({line, 1}, before.substr(lineFeed + 1, start - lineFeed - 1));
     }
 
-    const XmlParser& owner;
+    tarn::tools::InputFile file;
     xmlParserCtxtPtr parser = nullptr;
     XmlEvents* events = nullptr;
     std::exception_ptr failure;
-    /// How many elements are open. Not set before the first one.
-    std::optional<std::size_t> depth;
+    /// How many elements are open.
+    std::size_t depth = 0;
+    /// The next event begins at `eventStart`. That is not so at the outermost element, because
+    /// libxml2 does not report the white space before it.
+    bool isStartExact = false;
+
+    /// What has been read from the file last, and how much of it libxml2 has not had.
+    std::vector<char> block = std::vector<char>(BLOCK_SIZE);
+    std::string_view unread;
+    std::uint64_t bytesRead = 0;
+
+    /// The namespace name of the last element. libxml2 keeps each name once, so mostly it is the
+    /// same for the next one.
+    std::string_view space;
 
     /// Kept to use its memory again.
     std::vector<Attribute> attributes;
 };
 
 XmlParser::XmlParser(tarn::tools::InputFile file)
-    : context(std::make_unique<Context>(*this)), file(std::move(file))
+    : context(std::make_unique<Context>(std::move(file)))
 {
 }
 
@@ -285,24 +331,7 @@ XmlParser::~XmlParser() = default;
 
 void XmlParser::parse(XmlEvents& events)
 {
-    std::vector<char> buffer(BLOCK_SIZE);
-    std::uint64_t bytesRead = 0;
-    std::size_t size;
-    do {
-        // libxml2 looks at all of an incomplete tag again with each block. So the blocks grow with
-        // it, else the time would grow with the square of its size.
-        const std::size_t unparsed = std::min(context->unparsedSize(), MOST_AT_ONCE);
-        buffer.resize(std::max(BLOCK_SIZE, unparsed));
-        size = 0;
-        std::size_t count;
-        do {
-            count = file.descriptor.read(buffer.data() + size, buffer.size() - size, file.name);
-            size += count;
-            bytesRead += count;
-            file.onBlock(bytesRead);
-        } while (count > 0 && size < unparsed);
-        context->parse({buffer.data(), size}, events);
-    } while (size > 0);
+    context->parse(events);
 }
 
 Position XmlParser::position() const
@@ -312,7 +341,7 @@ Position XmlParser::position() const
 
 void XmlParser::fail(Position position, const std::string& problem) const
 {
-    failAt(file.name, position, problem);
+    context->fail(position, problem);
 }
 
 } // namespace xml2json

@@ -66,7 +66,6 @@ public:
 private:
     class Context;
     std::unique_ptr<Context> context;
-    tarn::tools::InputFile file;
 };
 
 } // namespace xml2json

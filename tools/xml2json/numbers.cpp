@@ -18,7 +18,10 @@ enum class Notation
 
 std::size_t skipDigits(std::string_view text, std::size_t start)
 {
-    return std::min(text.find_first_not_of("0123456789", start), text.size());
+    while (start < text.size() && text[start] >= '0' && text[start] <= '9') {
+        ++start;
+    }
+    return start;
 }
 
 /// Leaves out INF and NaN, which are no numbers in JSON.
@@ -79,8 +82,13 @@ std::string toString(double value)
 
 std::string_view trim(std::string_view text)
 {
-    text.remove_prefix(std::min(text.find_first_not_of(WHITE_SPACE), text.size()));
-    return text.substr(0, text.find_last_not_of(WHITE_SPACE) + 1);
+    while (!text.empty() && isWhiteSpace(text.front())) {
+        text.remove_prefix(1);
+    }
+    while (!text.empty() && isWhiteSpace(text.back())) {
+        text.remove_suffix(1);
+    }
+    return text;
 }
 
 std::optional<bool> parseBoolean(std::string_view text)
@@ -94,19 +102,20 @@ std::optional<bool> parseBoolean(std::string_view text)
     return std::nullopt;
 }
 
-std::optional<std::string> toJsonNumber(const std::string& text)
+bool makeJsonNumber(std::string& text)
 {
     switch (notationOf(text)) {
     case Notation::JSON:
-        return text;
+        return true;
     case Notation::XML:
         // from_chars would not tell a number that is too large from one that is too small.
         if (const double value = std::strtod(text.c_str(), nullptr); std::isfinite(value)) {
-            return toString(value);
+            text = toString(value);
+            return true;
         }
-        return std::nullopt;
+        return false;
     default:
-        return std::nullopt;
+        return false;
     }
 }
 

@@ -156,6 +156,39 @@ TEST(Conversion, EscapesStringsAndKeys)
     }
 }
 
+TEST(Conversion, EscapesEveryCharacterAtEveryPlaceOfAString)
+{
+    const std::pair<std::string, std::string> characters[] = {
+        {"~", "~"},          {"!", "!"},          {".", "."},
+        {"0", "0"},          {"&#9;", "\\t"},     {"/", "\\/"},
+        {"\\", R"(\\)"},     {"\x7F", "\\u007F"}, {"\u0080", "\\u0080"},
+        {"\u00A0", "\u00A0"}};
+    std::string xml;
+    std::string json;
+    for (const auto& [character, escaped] : characters) {
+        for (std::size_t before = 0; before < 20; ++before) {
+            for (const std::size_t after : {0, 1, 7, 30}) {
+                xml += "<string>" + std::string(before, 'a') + character + std::string(after, 'b') +
+                       "</string>";
+                json += (json.empty() ? "\"" : ",\"") + std::string(before, 'a') + escaped +
+                        std::string(after, 'b') + '"';
+            }
+        }
+    }
+    EXPECT_EQ(run({}, array(xml)).output, '[' + json + "]\n");
+}
+
+TEST(Conversion, WritesMoreThanItsBufferHolds)
+{
+    std::string xml;
+    std::string json;
+    for (int i = 0; i < 100'000; ++i) {
+        xml += "<string/>";
+        json += ",\"\"";
+    }
+    EXPECT_TRUE(run({}, array(xml)).output == '[' + json.substr(1) + "]\n");
+}
+
 TEST(Conversion, ComparesKeysWithoutTheirEscapes)
 {
     const auto members = [](const std::string& first, const std::string& second) {
@@ -186,6 +219,36 @@ TEST(Conversion, ComparesKeysWithoutTheirEscapes)
     EXPECT_EQ(run({}, map("<map key='a'><null key='a'/></map><null key='b'/>")).error, "");
     EXPECT_EQ(run({"--keep-repeated-keys"}, members("key='a'", "key='a'")).output,
               "{\"a\":null,\"a\":null}\n");
+}
+
+TEST(Conversion, FindsARepeatedKeyAmongAnyNumber)
+{
+    const auto member = [](const std::string& key) { return "<null key='" + key + "'/>\n"; };
+    // Keys of which many are the beginning of others.
+    const auto key = [](std::size_t number) {
+        return (number % 2 == 0 ? "a" : "the same ") + std::string(number / 2, 'x');
+    };
+    for (const std::size_t count : {1, 2, 3, 15, 16, 17, 18, 40}) {
+        std::string members;
+        for (std::size_t number = count; number-- > 0;) {
+            members += member(key(number));
+        }
+        EXPECT_EQ(run({}, map(members + map(members))).error,
+                  "xml2json: <stdin>:" + std::to_string(count + 1) +
+                      ":1: map in a map has no key\n");
+        for (const std::size_t repeated : {std::size_t{0}, count / 2, count - 1}) {
+            EXPECT_THAT(
+                run({}, map(members + member("other") + member(key(repeated)))).error,
+                testing::HasSubstr(':' + std::to_string(count + 2) + ":1: the key is repeated"))
+                << count << ' ' << repeated;
+        }
+    }
+    std::string members;
+    for (std::size_t number = 0; number < 40; ++number) {
+        members += member(key(number));
+        const std::string siblings = "<map>" + members + "</map>";
+        EXPECT_EQ(run({}, array(siblings + siblings)).error, "") << number;
+    }
 }
 
 TEST(Conversion, LaysTheJsonOut)
@@ -232,6 +295,9 @@ TEST(Conversion, SaysWhatIsWrongAndWhere)
         {"text", "1:1: expected an element"},
         {array("").substr(0, 100), "1:101: the input ends inside an element"},
         {array("<null>").substr(0, 106), "1:107: the input ends inside an element"},
+        {array("<string><![CDATA[a]]></string><bad/>"), "1:131: " + unknown + "'bad'"},
+        {array("<!-- \u3042 --> <?a \u3042?><bad/>"), "1:119: " + unknown + "'bad'"},
+        {array("<![CDATA[ ").substr(0, 109), "1:110: the input ends inside a CDATA section"},
         {array("</map>"), "1:107: Opening and ending tag mismatch: array line 1 and map"},
         {array("") + "\n x", "2:2: Extra content at the end of the document"},
         {array("&e;"), "1:104: Entity 'e' not defined"},
