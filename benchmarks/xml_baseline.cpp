@@ -6,12 +6,11 @@
 #include <cstdio>
 #include <iostream>
 #include <memory>
-#include <vector>
 
 namespace {
 
 /// As large as the blocks of xml2json.
-constexpr std::size_t BLOCK_SIZE = std::size_t{64} * 1024;
+constexpr std::size_t BUFFER_SIZE = std::size_t{64} * 1024;
 
 xmlSAXHandler handlerWithoutEffect()
 {
@@ -28,6 +27,12 @@ xmlSAXHandler handlerWithoutEffect()
     return handler;
 }
 
+int read(void* input, char* bytes, int size)
+{
+    return static_cast<int>(
+        std::fread(bytes, 1, static_cast<std::size_t>(size), static_cast<std::FILE*>(input)));
+}
+
 } // namespace
 
 int main(int argumentCount, char** arguments)
@@ -42,24 +47,20 @@ int main(int argumentCount, char** arguments)
         std::perror("benchmark-xml-baseline");
         return 1;
     }
+    std::setvbuf(input.get(), nullptr, _IOFBF, BUFFER_SIZE);
     xmlSAXHandler handler = handlerWithoutEffect();
     const std::unique_ptr<xmlParserCtxt, decltype(&xmlFreeParserCtxt)> parser(
-        xmlCreatePushParserCtxt(&handler, nullptr, nullptr, 0, nullptr), xmlFreeParserCtxt);
+        xmlCreateIOParserCtxt(&handler, nullptr, read, nullptr, input.get(),
+                              XML_CHAR_ENCODING_NONE),
+        xmlFreeParserCtxt);
     if (parser == nullptr) {
         std::cerr << "benchmark-xml-baseline: no parser\n";
         return 1;
     }
     // The options of xml2json.
     xmlCtxtUseOptions(parser.get(), XML_PARSE_HUGE | XML_PARSE_NOENT | XML_PARSE_NONET);
-    std::vector<char> block(BLOCK_SIZE);
-    std::size_t size;
-    do {
-        size = std::fread(block.data(), 1, block.size(), input.get());
-        const int isLast = size == 0 ? 1 : 0;
-        if (xmlParseChunk(parser.get(), block.data(), static_cast<int>(size), isLast) !=
-            XML_ERR_OK) {
-            std::cerr << "benchmark-xml-baseline: " << arguments[1] << " is not well-formed\n";
-            return 1;
-        }
-    } while (size > 0);
+    if (xmlParseDocument(parser.get()) != 0) {
+        std::cerr << "benchmark-xml-baseline: " << arguments[1] << " is not well-formed\n";
+        return 1;
+    }
 }

@@ -16,6 +16,16 @@ class UsageError : public std::runtime_error
     using std::runtime_error::runtime_error;
 };
 
+/// What the help of every program says about its files and messages.
+inline constexpr char FILE_NOTES[] =
+    "The new FILE of --output has the permissions of the old one, but not its owner, hard\n"
+    "links, extended attributes and access control lists. It is on disk when the program\n"
+    "ends.\n"
+    "\n"
+    "What is wrong with the input is reported as INPUT:LINE:COLUMN: MESSAGE. Lines and\n"
+    "columns count from 1, columns in characters. Standard input is called <stdin>.\n"
+    "\n";
+
 /// Adds the help, the version, the input, the output, the depth and the progress.
 ///
 /// @param inputKind what the input is, as in "the JSON file".

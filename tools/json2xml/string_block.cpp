@@ -13,7 +13,7 @@ namespace {
 static_assert(tarn::text::decodedUtf8Bound(STRING_BLOCK_SIZE) <=
               std::tuple_size_v<decltype(StringBlock::units)>);
 
-constexpr std::size_t STEP = sizeof(__m128i);
+constexpr std::ptrdiff_t STEP = sizeof(__m128i);
 
 /// The control character that follows printable ASCII.
 constexpr char DELETE = 0x7F;
@@ -55,7 +55,7 @@ void readStringBlock(const char* first, const char* last, StringBlock& block)
     char16_t* out = block.units.data();
     while (first < last) {
         const __m128i bytes = load(first);
-        const auto store = [out](std::size_t place, __m128i units) {
+        const auto store = [out](std::ptrdiff_t place, __m128i units) {
             _mm_storeu_si128(reinterpret_cast<__m128i*>(out + place), units);
         };
         store(0, _mm_unpacklo_epi8(bytes, _mm_setzero_si128()));

@@ -26,19 +26,12 @@ const std::string NOTES =
     "input is read.\n"
     "\n"
     "Memory grows with the depth, the longest number, start tag, comment and CDATA section,\n"
-    "and the keys of the objects that are open, not with other strings or the input. A number of "
-    "more\n"
-    "than " +
+    "and the keys of the objects that are open, not with other strings or the input. A\n"
+    "number of more than " +
     std::to_string(Limits().numberSize) +
     " bytes is refused.\n"
-    "\n"
-    "The new FILE of --output has the permissions of the old one, but not its owner, hard\n"
-    "links, extended attributes and access control lists. It is on disk when the program\n"
-    "ends.\n"
-    "\n"
-    "What is wrong with the input is reported as INPUT:LINE:COLUMN: MESSAGE. Lines and\n"
-    "columns count from 1, columns in characters. Standard input is called <stdin>.\n"
-    "\n"
+    "\n" +
+    FILE_NOTES +
     "The exit status is 0 if all went well, 1 if the input cannot be read, is not the XML\n"
     "representation of JSON or exceeds a limit, if the output cannot be written or memory\n"
     "is exhausted, and 2 if the command line is wrong.\n"
