@@ -168,18 +168,19 @@ private:
         }
     }
 
-    /// Copies at most @p size of the next bytes of the file. Returns how many; 0 at the end.
+    /// Copies the next @p size bytes of the file, or what is left of it, and returns how many. It
+    /// never stops before that: libxml2 would take what follows for the end, even inside a
+    /// delimiter.
     static int read(void* self, char* bytes, int size)
     {
         std::size_t count = 0;
         guard(self, [&](Context& context) {
-            std::string_view& unread = context.unread;
-            if (unread.empty()) {
-                context.checkNames();
-                unread = context.readBlock();
+            const auto wanted = static_cast<std::size_t>(size);
+            while (count < wanted && context.hasUnread()) {
+                const std::size_t copied = context.unread.copy(bytes + count, wanted - count);
+                context.unread.remove_prefix(copied);
+                count += copied;
             }
-            count = unread.copy(bytes, static_cast<std::size_t>(size));
-            unread.remove_prefix(count);
         });
         return static_cast<int>(count);
     }
@@ -246,12 +247,17 @@ private:
         });
     }
 
-    std::string_view readBlock()
+    /// Reads a block if all of the last one has been used. Returns false at the end of the file.
+    bool hasUnread()
     {
-        const std::size_t size = file.descriptor.read(block.data(), block.size(), file.name);
-        bytesRead += size;
-        file.onBlock(bytesRead);
-        return {block.data(), size};
+        if (unread.empty()) {
+            checkNames();
+            const std::size_t size = file.descriptor.read(block.data(), block.size(), file.name);
+            bytesRead += size;
+            file.onBlock(bytesRead);
+            unread = {block.data(), size};
+        }
+        return !unread.empty();
     }
 
     void checkNames() const
