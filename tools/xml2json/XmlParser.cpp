@@ -5,6 +5,7 @@
 #include <cstring>
 #include <exception>
 #include <libxml/parser.h>
+#include <libxml/parserInternals.h>
 #include <new>
 #include <utility>
 #include <vector>
@@ -100,11 +101,14 @@ public:
         };
         handler.serror = reportError;
         const ErrorReports reports(this);
-        parser = xmlCreateIOParserCtxt(&handler, this, read, nullptr, this, XML_CHAR_ENCODING_NONE);
-        if (parser == nullptr || hasLackedMemory) {
+        // xmlCreateIOParserCtxt() would leak when memory runs out.
+        parser = xmlNewParserCtxt();
+        if (parser == nullptr || !setInput() || hasLackedMemory) {
             xmlFreeParserCtxt(parser);
             throw std::bad_alloc();
         }
+        *parser->sax = handler;
+        parser->userData = this;
         // The limits of libxml2 on depth and sizes are replaced by those of this program. The five
         // predefined entities are replaced, in attribute values too; there are no others.
         xmlCtxtUseOptions(parser, XML_PARSE_HUGE | XML_PARSE_NOENT | XML_PARSE_NONET);
@@ -166,6 +170,22 @@ private:
         } catch (...) {
             context.failure = std::current_exception();
         }
+    }
+
+    /// Makes libxml2 call read(). Returns false if memory runs out.
+    bool setInput()
+    {
+        xmlParserInputBufferPtr buffer =
+            xmlParserInputBufferCreateIO(read, nullptr, this, XML_CHAR_ENCODING_NONE);
+        if (buffer == nullptr) {
+            return false;
+        }
+        xmlParserInputPtr input = xmlNewIOInputStream(parser, buffer, XML_CHAR_ENCODING_NONE);
+        if (input == nullptr) {
+            xmlFreeParserInputBuffer(buffer);
+            return false;
+        }
+        return inputPush(parser, input) >= 0;
     }
 
     /// Copies the next @p size bytes of the file, or what is left of it, and returns how many. It
