@@ -18,6 +18,12 @@ inline __m128i isMarkup(__m128i bytes)
     return _mm_or_si128(_mm_or_si128(isAngle, isQuoteOrAnd), isApostrophe);
 }
 
+/// The mask of those that are control characters below U+0020.
+inline __m128i isControl(__m128i bytes)
+{
+    return _mm_cmpeq_epi8(_mm_min_epu8(bytes, _mm_set1_epi8(' ' - 1)), bytes);
+}
+
 /// The mask of those that are not printable ASCII, from U+0020 to U+007F, or that markup is made
 /// of.
 inline __m128i notPlainAscii(__m128i bytes)
@@ -30,8 +36,8 @@ inline __m128i notPlainAscii(__m128i bytes)
 inline unsigned specialsOf(const char* text)
 {
     const __m128i bytes = _mm_loadu_si128(reinterpret_cast<const __m128i*>(text));
-    const __m128i isControl = _mm_cmpeq_epi8(_mm_min_epu8(bytes, _mm_set1_epi8(' ' - 1)), bytes);
-    return static_cast<unsigned>(_mm_movemask_epi8(_mm_or_si128(isControl, isMarkup(bytes))));
+    return static_cast<unsigned>(
+        _mm_movemask_epi8(_mm_or_si128(isControl(bytes), isMarkup(bytes))));
 }
 
 /// The most bytes that copyIfPlainAscii() takes.

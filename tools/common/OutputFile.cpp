@@ -60,13 +60,13 @@ OutputFile::int_type OutputFile::overflow(int_type byte)
 
 std::streamsize OutputFile::xsputn(const char* bytes, std::streamsize count)
 {
-    if (count > epptr() - pptr()) {
-        sync();
-    }
     if (count >= LARGE_PIECE) {
         sync();
         write(bytes, count);
     } else {
+        if (count > epptr() - pptr()) {
+            sync();
+        }
         std::copy_n(bytes, count, pptr());
         pbump(static_cast<int>(count));
     }
@@ -76,7 +76,7 @@ std::streamsize OutputFile::xsputn(const char* bytes, std::streamsize count)
 int OutputFile::sync()
 {
     const std::streamsize count = pptr() - pbase();
-    setp(buffer.data(), buffer.data() + buffer.size());
+    setp(buffer.data(), buffer.data() + buffer.size()); // if it fails, nothing is written again
     write(buffer.data(), count);
     return 0;
 }

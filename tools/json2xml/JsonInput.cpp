@@ -71,7 +71,7 @@ bool JsonInput::takeBlock()
         showMore(); // the character may go on there
         readStringBlock(current, visibleEnd, block);
     }
-    current += block.read - current;
+    current += block.bytesRead;
     plainSize += block.isPlain ? block.size : 0;
     if (current == visibleEnd) {
         continueAtEnd();

@@ -1,6 +1,6 @@
 #include "tools/json2xml/string_block.hpp"
 
-#include "text/utf8_decoder.hpp"
+#include "text/plain_ascii.hpp"
 
 #include <algorithm>
 #include <bit>
@@ -9,9 +9,6 @@
 namespace json2xml {
 
 namespace {
-
-static_assert(tarn::text::decodedUtf8Bound(STRING_BLOCK_SIZE) <=
-              std::tuple_size_v<decltype(StringBlock::units)>);
 
 constexpr std::ptrdiff_t STEP = sizeof(__m128i);
 
@@ -37,9 +34,7 @@ const char* findEnd(const char* first, const char* last)
 {
     while (first < last) {
         const __m128i bytes = load(first);
-        const __m128i isControl =
-            _mm_cmpeq_epi8(_mm_min_epu8(bytes, _mm_set1_epi8(' ' - 1)), bytes);
-        if (const unsigned ends = endsAt(bytes, isControl); ends != 0) {
+        if (const unsigned ends = endsAt(bytes, tarn::text::isControl(bytes)); ends != 0) {
             return std::min(first + std::countr_zero(ends), last);
         }
         first += STEP;
@@ -51,6 +46,7 @@ const char* findEnd(const char* first, const char* last)
 
 void readStringBlock(const char* first, const char* last, StringBlock& block)
 {
+    const char* const start = first;
     last = first + std::min<std::ptrdiff_t>(last - first, STRING_BLOCK_SIZE);
     char16_t* out = block.units.data();
     while (first < last) {
@@ -79,7 +75,7 @@ void readStringBlock(const char* first, const char* last, StringBlock& block)
         first = decoded.read;
         out = decoded.written;
     }
-    block.read = first;
+    block.bytesRead = static_cast<std::size_t>(first - start);
     block.size = static_cast<std::size_t>(out - block.units.data());
 }
 

@@ -1,6 +1,8 @@
 // Taking over the characters of a JSON string many at a time.
 #pragma once
 
+#include "text/utf8_decoder.hpp"
+
 #include <array>
 #include <cstddef>
 
@@ -15,14 +17,13 @@ inline constexpr std::size_t STRING_BLOCK_OVERREAD = 16;
 /// Some characters of a string, as UTF-16.
 struct StringBlock
 {
-    /// The first byte that was not read.
-    const char* read = nullptr;
+    /// The number of bytes that were read.
+    std::size_t bytesRead = 0;
     /// The number of code units.
     std::size_t size = 0;
     /// They are all printable ASCII.
     bool isPlain = true;
-    // A vector kernel writes more than it keeps.
-    std::array<char16_t, STRING_BLOCK_SIZE + 64> units;
+    std::array<char16_t, tarn::text::decodedUtf8Bound(STRING_BLOCK_SIZE)> units;
 };
 
 /// Decodes well-formed UTF-8 from @p first on, up to a quotation mark, a backslash, a control

@@ -149,8 +149,8 @@ void JsonHandler::writeKey(std::string_view element, const Properties& propertie
     }
     const std::string_view key = *properties.key;
     const bool isEscaped = properties.hasEscapedKey.value_or(false);
-    std::optional<std::string> unescaped;
-    if (isEscaped && !(unescaped = unescape(key))) {
+    const std::optional<std::string> unescaped = isEscaped ? unescape(key) : std::nullopt;
+    if (isEscaped && !unescaped) {
         refuse("a key with an unknown escape sequence");
     }
     if (!format.keepsRepeatedKeys && !keys[openMaps - 1].insert(unescaped ? *unescaped : key)) {

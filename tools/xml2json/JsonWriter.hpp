@@ -21,7 +21,13 @@ class JsonWriter
 public:
     /// @param indentation the number of blanks for each level; without it everything stands on one
     ///        line.
-    JsonWriter(std::ostream& stream, std::optional<unsigned> indentation);
+    JsonWriter(std::ostream& stream, std::optional<unsigned> indentation)
+        : output(stream), writer(std::in_place_index<0>, output)
+    {
+        if (indentation) {
+            writer.emplace<1>(output).SetIndent(' ', *indentation);
+        }
+    }
 
     void startObject()
     {

@@ -1,5 +1,6 @@
 #include "tools/xml2json/StringEscaper.hpp"
 
+#include "text/plain_ascii.hpp"
 #include "text/utf16.hpp"
 #include "tools/common/json_escapes.hpp"
 
@@ -46,7 +47,7 @@ constexpr std::size_t STEP = sizeof(__m128i);
 unsigned specialsIn(__m128i bytes)
 {
     const auto is = [bytes](char byte) { return _mm_cmpeq_epi8(bytes, _mm_set1_epi8(byte)); };
-    const __m128i isControl = _mm_cmpeq_epi8(_mm_min_epu8(bytes, _mm_set1_epi8(' ' - 1)), bytes);
+    const __m128i isControl = tarn::text::isControl(bytes);
     const __m128i isQuoted = _mm_or_si128(_mm_or_si128(is('"'), is('/')), is('\\'));
     const __m128i isOther = _mm_or_si128(is('\x7F'), is(static_cast<char>(LEAD_OF_CONTROLS)));
     return static_cast<unsigned>(

@@ -210,7 +210,7 @@ private:
                              const xmlChar** attributes)
     {
         guard(self, [&](Context& context) {
-            if (!context.isStartExact) {
+            if (context.depth == 0) {
                 context.eventStart = context.startOfTag();
             }
             ++context.depth;
@@ -221,10 +221,7 @@ private:
                 context.attributes.push_back(
                     {{view(fields[2]), view(fields[0])}, view(fields[3], fields[4])});
             }
-            if (reinterpret_cast<const char*>(space) != context.space.data()) {
-                context.space = view(space);
-            }
-            context.events->startElement({context.space, view(localName)}, context.attributes);
+            context.events->startElement({view(space), view(localName)}, context.attributes);
             context.endEvent();
             ++context.eventStart.column; // the `>`, which has not been read
         });
@@ -234,8 +231,8 @@ private:
     {
         guard(self, [](Context& context) {
             context.events->endElement();
+            --context.depth;
             context.endEvent();
-            context.isStartExact = --context.depth > 0;
         });
     }
 
@@ -295,23 +292,17 @@ private:
     }
 
     /// The next event begins here.
-    void endEvent()
-    {
-        eventStart = here();
-        isStartExact = depth > 0;
-    }
+    void endEvent() { eventStart = here(); }
 
-    /// The position of the start tag, or declaration, that libxml2 has read. It counts back from
-    /// there.
+    /// The position of the outermost start tag, or the declaration, that libxml2 has read. It
+    /// counts back from there, because libxml2 does not report the white space before it.
     Position startOfTag() const
     {
         const std::string_view before = view(parser->input->base, parser->input->cur);
-        const void* const found = ::memrchr(before.data(), '<', before.size());
-        if (found == nullptr) {
+        const std::size_t start = before.rfind('<');
+        if (start == std::string_view::npos) {
             return eventStart;
         }
-        const auto start =
-            static_cast<std::size_t>(static_cast<const char*>(found) - before.data());
         const std::string_view tag = before.substr(start);
         const Position size = advance({}, tag);
         const Position end = here();
@@ -331,18 +322,11 @@ private:
     std::exception_ptr failure;
     /// How many elements are open.
     std::size_t depth = 0;
-    /// The next event begins at `eventStart`. That is not so at the outermost element, because
-    /// libxml2 does not report the white space before it.
-    bool isStartExact = false;
 
     /// What has been read from the file last, and how much of it libxml2 has not had.
     std::vector<char> block = std::vector<char>(BLOCK_SIZE);
     std::string_view unread;
     std::uint64_t bytesRead = 0;
-
-    /// The namespace name of the last element. libxml2 keeps each name once, so mostly it is the
-    /// same for the next one.
-    std::string_view space;
 
     /// Kept to use its memory again.
     std::vector<Attribute> attributes;
