@@ -66,14 +66,13 @@ std::vector<std::string> namespacesInUtf8(std::size_t count)
     return numbered("http://schemas.example.org/2024/", count);
 }
 
-/// What is replaced when it is escaped, and nothing else.
+/// @p count characters, each of which is one of @p specials.
 template <class String>
-String specials(std::size_t count)
+String repeated(std::string_view specials, std::size_t count)
 {
-    constexpr std::string_view ALL = "<>&\"'";
     String text;
     for (std::size_t number = 0; number < count; ++number) {
-        text += ALL[number % ALL.size()];
+        text += specials[number % specials.size()];
     }
     return text;
 }
@@ -160,7 +159,7 @@ void writerSpecials(std::size_t count)
 {
     Target xml;
     XmlWriter writer(xml);
-    writer.writeElement(ELEMENT, specials<std::u16string>(count));
+    writer.writeElement(ELEMENT, repeated<std::u16string>("<>&\"'\x01", count));
     writer.writeEndDocument();
 }
 
@@ -232,11 +231,8 @@ void documentSiblings(std::size_t count)
 
 void documentSpecials(std::size_t count)
 {
-    const auto text = specials<std::string>(count);
-    std::string ends; // of CDATA sections
-    while (ends.size() < count) {
-        ends += "]]>";
-    }
+    const auto text = repeated<std::string>("<>&\"'\t\n\r", count);
+    const auto ends = repeated<std::string>("]]>", count); // of CDATA sections
     std::string xml;
     Document document(xml);
     document.root("element").attribute("name", text).text(text).cdata(ends);
