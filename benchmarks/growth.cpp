@@ -163,9 +163,10 @@ void writerSpecials(std::size_t count)
     writer.writeEndDocument();
 }
 
+template <class Target>
 void writerPieces(std::size_t count)
 {
-    std::string xml;
+    Target xml;
     XmlWriter writer(xml);
     writer.writeStartElement(ELEMENT, NONE, NONE);
     for (std::size_t piece = 0; piece < count; ++piece) {
@@ -254,7 +255,8 @@ constexpr Operation OPERATIONS[] = {
     {"writer-siblings-in-new-namespaces", writerSiblings},
     {"writer-specials", writerSpecials<std::string>},
     {"writer-specials-to-u16string", writerSpecials<std::u16string>},
-    {"writer-pieces-of-a-value", writerPieces},
+    {"writer-pieces-of-a-value", writerPieces<std::string>},
+    {"writer-pieces-to-u16string", writerPieces<std::u16string>},
     {"document-bindings", documentBindings},
     {"document-attributes", documentAttributes},
     {"document-depth", documentDepth},
