@@ -187,8 +187,7 @@ void documentBindings(std::size_t count)
         root.declare(Namespace(uri, "p"));
     }
     for (const std::string& uri : uris) {
-        const std::string copy = uri;
-        root.add(Name(Namespace(copy, "p"), "element"), "");
+        root.add(Name(Namespace(std::string(uri), "p"), "element"), "");
     }
     document.finish();
 }
@@ -268,6 +267,7 @@ void installBundles(const std::vector<std::string>& paths)
 {
     using tarn::utils::services::BundleContainer;
     std::vector<std::unique_ptr<BundleContainer>> containers;
+    containers.reserve(paths.size());
     for (const std::string& path : paths) {
         containers.push_back(
             std::make_unique<BundleContainer>(std::filesystem::path(path).u16string()));
