@@ -2,21 +2,16 @@
 #pragma once
 
 #include "support/CompositeOperations.hpp"
+#include "support/SuccessesLeft.hpp"
 
 #include <tarn/xml/Sink.hpp>
 #include <tarn/xml/XmlWriterImpl.hpp>
 
-#include <exception>
-#include <limits>
 #include <memory>
 #include <string>
 #include <vector>
 
 namespace tarn::tests {
-
-struct SinkFailure : std::exception
-{
-};
 
 /// What a RecordingSink was handed; outlives the sink.
 struct Recording
@@ -24,8 +19,10 @@ struct Recording
     std::vector<std::u16string> pieces;
     int flushes = 0;
     std::u16string encodingName;
-    /// How many more writes succeed.
-    std::size_t writesLeft = std::numeric_limits<std::size_t>::max();
+    /// Of writes and flushes.
+    SuccessesLeft successesLeft;
+    /// Whether a write that fails has taken its piece before.
+    bool takesWhatFails = false;
 };
 
 /// The pieces as one text, with a `|` after each.
@@ -45,17 +42,23 @@ public:
 
     Sink& write(const std::u16string& text) override
     {
-        if (recording.writesLeft == 0) {
-            throw SinkFailure();
+        if (recording.takesWhatFails) {
+            recording.pieces.push_back(text);
         }
-        --recording.writesLeft;
-        recording.pieces.push_back(text);
+        recording.successesLeft.take();
+        if (!recording.takesWhatFails) {
+            recording.pieces.push_back(text);
+        }
         return *this;
     }
 
     std::u16string encodingName() const override { return recording.encodingName; }
 
-    void flush() override { ++recording.flushes; }
+    void flush() override
+    {
+        recording.successesLeft.take();
+        ++recording.flushes;
+    }
 
 private:
     Recording& recording;

@@ -1,8 +1,10 @@
-// The writer's behaviour written down as plainly as possible, to compare the fast writer with.
+// The writer's behaviour written down as plainly as possible, to compare the fast writer with. It
+// fails where it is told to: what it has written and what it knows then is what must be so.
 #pragma once
 
 #include "support/CompositeOperations.hpp"
 #include "support/reference_utf8.hpp"
+#include "support/SuccessesLeft.hpp"
 
 #include <text/utf16.hpp>
 
@@ -28,6 +30,13 @@ public:
     /// What has been converted of them, batch by batch, if there is an encoding.
     std::string bytes;
 
+    /// Of pieces that are handed over and of flushes.
+    SuccessesLeft piecesLeft;
+    /// Of pieces and of everything else that can need memory.
+    SuccessesLeft stepsLeft;
+    /// Whether a piece that fails has been handed over before.
+    bool takesWhatFails = false;
+
     void writeStartDocument(const Text& version)
     {
         write({u"<?xml version=\"", version, u"\""});
@@ -43,6 +52,7 @@ public:
         while (!elements.empty()) {
             writeEndElement();
         }
+        piecesLeft.take();
         ++flushes;
         convert();
     }
@@ -74,6 +84,7 @@ public:
         writeStartElementClose();
         const Text name = qualify(localName, uri, prefix);
         write({u"\n", indentation(elements.size()), u"<", name});
+        stepsLeft.take();
         elements.push_back({name, {}});
         inStartTag = true;
         declareQueued();
@@ -138,8 +149,11 @@ public:
     }
     void registerPrefix(const Text& uri, const Text& prefix)
     {
+        stepsLeft.take();
         bindings.insert({uri, prefix});
+        stepsLeft.take();
         queue.push_back(uri);
+        stepsLeft.take();
         used.insert(prefix);
     }
 
@@ -161,7 +175,14 @@ private:
     void write(const std::vector<Text>& texts)
     {
         for (const Text& text : texts) {
-            pieces.push_back(text);
+            if (takesWhatFails) {
+                pieces.push_back(text);
+            }
+            piecesLeft.take();
+            stepsLeft.take();
+            if (!takesWhatFails) {
+                pieces.push_back(text);
+            }
             if (encodingName.empty()) {
                 continue;
             }
@@ -216,6 +237,7 @@ private:
             return localName;
         }
         if (!bindings.contains(uri)) {
+            stepsLeft.take();
             registerPrefix(uri, unusedPrefix(preferred));
         }
         const Text prefix = bindings.at(uri);
@@ -225,6 +247,7 @@ private:
     void declareQueued()
     {
         while (!queue.empty()) {
+            stepsLeft.take();
             const Text uri = queue.front();
             queue.pop_front();
             if (bindings.contains(uri)) {

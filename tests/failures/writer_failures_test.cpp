@@ -1,0 +1,303 @@
+// Each operation of the writer fails in each state: at each piece of text, at each allocation. Text
+// and state are then those of a reference writer that failed at the same place.
+
+#include "support/Call.hpp"
+#include "support/difference.hpp"
+#include "support/FailingAllocation.hpp"
+#include "support/RecordingSink.hpp"
+#include "support/reference_utf8.hpp"
+#include "support/ReferenceWriter.hpp"
+
+#include <tarn/xml/XmlWriter.hpp>
+
+#include <algorithm>
+#include <functional>
+#include <numeric>
+#include <optional>
+#include <spanstream>
+#include <string>
+#include <utility>
+#include <vector>
+
+namespace tarn::tests {
+
+namespace {
+
+// Too long for a string without an allocation.
+const std::u16string URI = u"http://example.org/";
+const std::u16string PREFIX = u"the-prefix";
+const std::u16string XMLNS_URI = u"http://www.w3.org/2000/xmlns/";
+
+/// As many as make the next element, binding or queued name need memory.
+Calls manyCalls(std::size_t count, const std::function<Calls(const std::u16string&)>& callsWith)
+{
+    Calls calls;
+    for (std::size_t number = 0; number < count; ++number) {
+        for (const Call& call : callsWith(URI + static_cast<char16_t>(u'A' + number))) {
+            calls.push_back(call);
+        }
+    }
+    return calls;
+}
+
+Calls operator+(Calls calls, const Calls& more)
+{
+    calls.insert(calls.end(), more.begin(), more.end());
+    return calls;
+}
+
+/// What leads to each state that a call can find.
+std::vector<Calls> states()
+{
+    const Calls start = {startDocument(u"1.0"), startElement(u"a", URI, PREFIX)};
+    const Calls twice = {registerDefault(URI), registerDefault(URI)};
+    const Calls spare = {emptyElement(u"a-long-name", u"urn:&<", u"q"), endElement()};
+    return {
+        {},
+        twice,
+        start,
+        start + twice,
+        start + Calls{startAttribute(u"k", u"urn:k", u"k"), value(u"v")},
+        start + Calls{startAttribute(u"k")} + twice,
+        start + Calls{value(u"t")},
+        start + Calls{value(u"t")} + twice,
+        start + Calls{element(u"b", u"urn:b", u"t")},
+        // The next element declares what an element before it has ended.
+        start + twice + Calls{startElement(u"b")} + twice + Calls{endElement()},
+        // Spare objects; names that were bound have gone.
+        start + spare,
+        start + spare + Calls{startElement(u"d", u"urn:d", u"d")},
+        {registerDefault(XMLNS_URI), startElement(u"a")},
+        {registerDefault(XMLNS_URI), emptyElement(u"a"), startElement(u"b"), registerDefault(URI)},
+        manyCalls(8, [](auto& uri) { return Calls{startElement(u"e", uri)}; }),
+        manyCalls(14, [](auto& uri) { return Calls{registerDefault(uri)}; }) + start,
+        start + manyCalls(15, [](auto& uri) { return Calls{registerDefault(uri)}; }),
+    };
+}
+
+/// Each operation in each way that it can go.
+Calls operations()
+{
+    const std::u16string longName(20, u'n');
+    return {
+        startDocument(u"1.1"),
+        startDocument(u"1.0"),
+        startElement(u"e"),
+        startElement(longName, URI, PREFIX),
+        startElement(u"e", URI + u"new", PREFIX),
+        startElement(longName, u"urn:<new"),
+        endElement(),
+        attribute(u"a", u"<v>\x01"),
+        attribute(longName, URI, longName),
+        attribute(u"a", URI + u"new", PREFIX, u"v\x0Bw"),
+        value(u"t<\x02u"),
+        value(u""),
+        element(u"e", u"<"),
+        element(longName, URI, u"t"),
+        element(u"e", URI + u"new", PREFIX, u"t\x01"),
+        emptyElement(u"e"),
+        emptyElement(longName, URI, PREFIX),
+        emptyElement(u"e", URI + u"new"),
+        startAttribute(u"a", URI),
+        startAttribute(u"a", URI + u"new", PREFIX),
+        endAttribute(),
+        startElementClose(),
+        namespaceDeclaration(URI, PREFIX),
+        namespaceDeclaration(URI + u"new", PREFIX),
+        namespaceDeclaration(u"urn:&", u""),
+        defaultNamespace(u"urn:&"),
+        registerDefault(URI),
+        registerDefault(URI + u"new"),
+        rawXml(u"<r/>"),
+        endDocument(),
+    };
+}
+
+/// Calls that show the state.
+std::vector<Calls> sequels()
+{
+    const Calls rest = {endElement(),
+                        startElement(u"s", URI, u"s"),
+                        attribute(u"b", URI + u"new", u"n", u"w"),
+                        emptyElement(u"z", u"urn:z"),
+                        endElement(),
+                        emptyElement(u"y", URI + u"new", PREFIX),
+                        endDocument(),
+                        element(u"x", u"urn:x", PREFIX, u"<\x02"),
+                        endDocument()};
+    return {Calls{value(u"\x01")} + rest, Calls{attribute(u"c", u"urn:<new", u"w")} + rest};
+}
+
+struct Case
+{
+    const Calls& before;
+    const Call& call;
+    const Calls& after;
+};
+
+std::ostream& operator<<(std::ostream& stream, const Case& tested)
+{
+    return stream << "after\n"
+                  << tested.before << "failed\n  " << tested.call << "\nthen\n"
+                  << tested.after;
+}
+
+void applyAll(const Calls& calls, AnyWriter writer)
+{
+    for (const Call& call : calls) {
+        call.applyTo(writer);
+    }
+}
+
+/// @returns whether the call failed.
+bool fails(const Call& call, AnyWriter writer)
+{
+    try {
+        call.applyTo(writer);
+        return false;
+    } catch (const MadeToFail&) {
+        return true;
+    }
+}
+
+/// Calls @p check with each case, and with a reference writer in its state.
+void forEachCase(const std::function<void(const Case&, const ReferenceWriter&)>& check)
+{
+    const std::vector<Calls> sequels = tests::sequels();
+    const Calls operations = tests::operations();
+    for (const Calls& before : states()) {
+        ReferenceWriter reached;
+        applyAll(before, &reached);
+        for (const Call& call : operations) {
+            for (const Calls& after : sequels) {
+                check({before, call, after}, reached);
+                if (testing::Test::HasFailure()) {
+                    return;
+                }
+            }
+        }
+    }
+}
+
+TEST(WriterFailures, AtAnyPieceLeaveTheTextAndTheStateSoFar)
+{
+    forEachCase([](const Case& tested, const ReferenceWriter& reached) {
+        // A sink that converts has a piece already when it fails.
+        for (const bool isTaken : {false, true}) {
+            bool hasFailed = true;
+            for (std::size_t successes = 0; hasFailed; ++successes) {
+                Recording recording;
+                recording.takesWhatFails = isTaken;
+                RecordedWriter writer(recording);
+                ReferenceWriter reference = reached;
+                reference.takesWhatFails = isTaken;
+                applyAll(tested.before, &writer);
+                recording.successesLeft = reference.piecesLeft = successes;
+                hasFailed = fails(tested.call, &reference);
+                ASSERT_EQ(fails(tested.call, &writer), hasFailed) << tested;
+                ASSERT_EQ(recording.pieces, reference.pieces) << tested;
+                recording.successesLeft = reference.piecesLeft = {};
+                applyAll(tested.after, &writer);
+                applyAll(tested.after, &reference);
+                ASSERT_EQ(difference(separated(recording.pieces), separated(reference.pieces)), "")
+                    << "at piece " << successes << ", " << tested;
+                ASSERT_EQ(recording.flushes, reference.flushes) << tested;
+            }
+        }
+    });
+}
+
+std::u16string textOf(const ReferenceWriter& reference)
+{
+    return std::accumulate(reference.pieces.begin(), reference.pieces.end(), std::u16string());
+}
+
+TEST(WriterFailures, OfMemoryLeaveTheTextAndTheStateOfAStep)
+{
+    forEachCase([](const Case& tested, const ReferenceWriter& reached) {
+        // What the target may hold after the call and in the end: one for each step that fails.
+        std::vector<std::pair<std::u16string, std::u16string>> allowed;
+        bool hasFailed = true;
+        for (std::size_t steps = 0; hasFailed; ++steps) {
+            ReferenceWriter reference = reached;
+            reference.stepsLeft = steps;
+            hasFailed = fails(tested.call, &reference);
+            reference.stepsLeft = {};
+            const std::u16string text = textOf(reference);
+            applyAll(tested.after, &reference);
+            allowed.emplace_back(text, textOf(reference));
+        }
+        const auto withoutFailure = allowed.back();
+        allowed.pop_back();
+        // Without room for this much more text, a piece needs memory.
+        for (const std::size_t room : {0, 4, 11, 24, 1000}) {
+            failEachAllocation([&](FailingAllocation& failure) {
+                std::u16string target;
+                std::optional<utils::XmlWriter> writer;
+                if (failure.during([&] { writer.emplace(target); })) {
+                    return;
+                }
+                applyAll(tested.before, &*writer);
+                std::u16string withRoom(target.size() + room, u' ');
+                withRoom = target;
+                target = std::move(withRoom);
+                failure.during([&] { tested.call.applyTo(&*writer); });
+                const std::u16string text = target;
+                applyAll(tested.after, &*writer);
+                const std::pair found(text, target);
+                EXPECT_TRUE(failure.hasHappened() ? std::ranges::count(allowed, found) > 0
+                                                  : found == withoutFailure)
+                    << tested << "with room for " << room << ":\n"
+                    << referenceUtf8(text) << "\n  and in the end\n"
+                    << referenceUtf8(target);
+            });
+        }
+    });
+}
+
+/// A stream that takes bytes without allocating.
+struct StreamTarget
+{
+    std::vector<char> bytes = std::vector<char>(30'000);
+    std::ospanstream stream{bytes};
+
+    std::ostream& get() { return stream; }
+    std::string_view view() const { return {stream.span().data(), stream.span().size()}; }
+};
+
+struct StringTarget
+{
+    std::string text;
+
+    std::string& get() { return text; }
+    std::string_view view() const { return text; }
+};
+
+template <class Target>
+void failConversions()
+{
+    const std::u16string batch(8192, u'\u4E2D');
+    failEachAllocation([&](FailingAllocation& failure) {
+        Target target;
+        utils::XmlWriter writer(target.get());
+        writer.writeRawXml(batch);
+        failure.during([&] { writer.writeRawXml(u"."); });
+        EXPECT_EQ(target.view().empty(), failure.hasHappened());
+        failure.during([&] { writer.writeEndDocument(); });
+        writer.writeEndDocument();
+        std::string_view held = target.view();
+        EXPECT_EQ(held.substr(0, 3 * batch.size()), referenceUtf8(batch));
+        held.remove_prefix(3 * batch.size());
+        EXPECT_TRUE(held == "." || (held.empty() && failure.hasHappened())) << held;
+    });
+}
+
+TEST(WriterFailures, OfMemoryInAConversionLoseAndDoubleNothing)
+{
+    failConversions<StringTarget>();
+    failConversions<StreamTarget>();
+}
+
+} // namespace
+
+} // namespace tarn::tests
