@@ -4,6 +4,7 @@
 #include "support/RecordingSink.hpp"
 #include "support/reference_utf8.hpp"
 #include "support/ReferenceWriter.hpp"
+#include "support/SuccessesLeft.hpp"
 
 #include <tarn/xml/XmlWriter.hpp>
 
@@ -33,6 +34,9 @@ struct Call
 
     /// Makes the call with these arguments.
     void applyTo(AnyWriter writer) const;
+    /// The same on a writer that may have been made to fail.
+    /// @returns whether it failed.
+    bool failsOn(AnyWriter writer) const;
 };
 
 using Calls = std::vector<Call>;
@@ -182,6 +186,16 @@ inline void applyWith(const Call& call, AnyWriter writer, const std::u16string& 
 inline void Call::applyTo(AnyWriter writer) const
 {
     applyWith(*this, writer, {}, 0);
+}
+
+inline bool Call::failsOn(AnyWriter writer) const
+{
+    try {
+        applyTo(writer);
+        return false;
+    } catch (const MadeToFail&) {
+        return true;
+    }
 }
 
 inline std::ostream& operator<<(std::ostream& stream, const Call& call)

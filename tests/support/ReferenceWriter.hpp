@@ -32,6 +32,7 @@ public:
 
     /// Of pieces that are handed over and of flushes.
     SuccessesLeft piecesLeft;
+    SuccessesLeft conversionsLeft;
     /// Of pieces and of everything else that can need memory.
     SuccessesLeft stepsLeft;
     /// Whether a piece that fails has been handed over before.
@@ -196,6 +197,7 @@ private:
     /// Converts all but the last @p kept code units.
     void convert(std::size_t kept = 0)
     {
+        conversionsLeft.take();
         const std::size_t length = unconverted.size() - kept;
         bytes += referenceUtf8(std::u16string_view(unconverted).substr(0, length));
         unconverted.erase(0, length);

@@ -3,6 +3,7 @@
 #pragma once
 
 #include "support/Call.hpp"
+#include "support/colliding_names.hpp"
 #include "support/difference.hpp"
 #include "support/Input.hpp"
 #include "support/RecordingSink.hpp"
@@ -16,14 +17,8 @@
 
 namespace tarn::tests {
 
-inline Call readCall(Input& input)
+inline std::u16string readUri(Input& input)
 {
-    // Of the first ones, half of the calls, so that sequences go deep.
-    constexpr std::size_t FREQUENT = 4;
-    static constexpr std::string_view OVERLOADS[] = {"NUPT", "NUT", "NT"};
-    static const std::u16string NAMES[] = {u"a", u"", u"x:y", u"eleven-long", u"\u00E9\u4E2D"};
-    static const std::u16string PREFIXES[] = {u"", u"p", u"q", u"ns2", u"xml", u"xmlns"};
-    static const std::u16string VERSIONS[] = {u"1.0", u"1.1"};
     // Among them two that a search tells apart late, and what the writer treats in its own way.
     static const std::u16string URIS[] = {u"",
                                           u"urn:a",
@@ -33,6 +28,24 @@ inline Call readCall(Input& input)
                                           u"http://example.org/a/rather/long/name/of/a/namespace/2",
                                           u"http://www.w3.org/XML/1998/namespace",
                                           u"http://www.w3.org/2000/xmlns/"};
+    switch (input.below(8)) {
+    case 0:
+        return collidingName(static_cast<unsigned>(input.below(40)));
+    case 1:
+        return nameAroundTheEnd<32>(static_cast<unsigned>(input.below(12)));
+    default:
+        return input.pick(URIS);
+    }
+}
+
+inline Call readCall(Input& input)
+{
+    // Of the first ones, half of the calls, so that sequences go deep.
+    constexpr std::size_t FREQUENT = 4;
+    static constexpr std::string_view OVERLOADS[] = {"NUPT", "NUT", "NT"};
+    static const std::u16string NAMES[] = {u"a", u"", u"x:y", u"eleven-long", u"\u00E9\u4E2D"};
+    static const std::u16string PREFIXES[] = {u"", u"p", u"q", u"ns2", u"xml", u"xmlns"};
+    static const std::u16string VERSIONS[] = {u"1.0", u"1.1"};
     const auto& operations = Operation::all();
     const std::size_t choices = input.below(2) == 0 ? FREQUENT : operations.size();
     const Operation& operation = *operations[input.below(choices)];
@@ -41,7 +54,7 @@ inline Call readCall(Input& input)
         call.arguments.push_back(kind == 'T' || input.below(16) == 0 ? input.text()
                                  : kind == 'N'                       ? input.pick(NAMES)
                                  : kind == 'P'                       ? input.pick(PREFIXES)
-                                 : kind == 'U'                       ? input.pick(URIS)
+                                 : kind == 'U'                       ? readUri(input)
                                                                      : input.pick(VERSIONS));
     }
     return call;
@@ -56,12 +69,15 @@ inline std::string faultOfCalls(Input input, Calls& calls)
     std::ostringstream stream;
     Recording recording;
     recording.encodingName = u"UTF-8";
+    recording.takesWhatFails = input.below(2) == 0;
     utils::XmlWriter unitsWriter(units);
     utils::XmlWriter bytesWriter(bytes);
     utils::XmlWriter streamWriter(stream);
     RecordedWriter recordedWriter(recording);
     ReferenceWriter unitsReference;
     ReferenceWriter bytesReference(u"UTF-8");
+    ReferenceWriter sinkReference(u"UTF-8");
+    sinkReference.takesWhatFails = recording.takesWhatFails;
     std::size_t checked = 0;
 
     for (bool isLast = false; !isLast;) {
@@ -77,9 +93,15 @@ inline std::string faultOfCalls(Input input, Calls& calls)
         }
         calls.back().applyTo(&bytesWriter);
         calls.back().applyTo(&streamWriter);
-        calls.back().applyTo(&recordedWriter);
         calls.back().applyTo(&unitsReference);
         calls.back().applyTo(&bytesReference);
+        // Now and then the sink fails.
+        if (input.below(16) == 0) {
+            recording.successesLeft = sinkReference.piecesLeft = input.below(16);
+        }
+        const bool hasFailed = calls.back().failsOn(&recordedWriter);
+        const bool isToFail = calls.back().failsOn(&sinkReference);
+        recording.successesLeft = sinkReference.piecesLeft = {};
 
         std::u16string expected;
         for (const std::u16string& piece : unitsReference.pieces) {
@@ -89,11 +111,12 @@ inline std::string faultOfCalls(Input input, Calls& calls)
             {"std::u16string", difference(std::u16string_view(units).substr(checked), expected)},
             {"std::string", difference(bytes, bytesReference.bytes)},
             {"std::ostream", difference(stream.view(), bytesReference.bytes)},
-            {"sink", recording.pieces == bytesReference.pieces
+            {"sink", recording.pieces == sinkReference.pieces
                          ? ""
                          : "pieces: " + difference(separated(recording.pieces),
-                                                   separated(bytesReference.pieces))},
-            {"sink", recording.flushes == bytesReference.flushes ? "" : "the flushes differ"},
+                                                   separated(sinkReference.pieces))},
+            {"sink", recording.flushes == sinkReference.flushes ? "" : "the flushes differ"},
+            {"sink", hasFailed == isToFail ? "" : "the failures differ"},
         };
         for (const auto& [target, difference] : results) {
             if (!difference.empty()) {
@@ -106,6 +129,7 @@ inline std::string faultOfCalls(Input input, Calls& calls)
         recording.pieces.clear();
         unitsReference.pieces.clear();
         bytesReference.pieces.clear();
+        sinkReference.pieces.clear();
     }
     return "";
 }

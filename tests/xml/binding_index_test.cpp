@@ -1,5 +1,7 @@
 // The index over the namespace bindings, against searches of the map itself.
 
+#include "support/colliding_names.hpp"
+
 #include <tarn/xml/BindingIndex.hpp>
 
 #include <gtest/gtest.h>
@@ -12,20 +14,6 @@ namespace tarn::tests {
 namespace {
 
 using utils::detail::BindingIndex;
-
-/// Names with a hash like any other.
-std::u16string ordinaryName(unsigned number)
-{
-    const std::string digits = std::to_string(number);
-    return u"http://example.org/namespace/" + std::u16string(digits.begin(), digits.end());
-}
-
-/// Names that all have the same hash: a product with their last four code units, which these make
-/// zero.
-std::u16string collidingName(unsigned number)
-{
-    return {u'u', u'r', u'n', static_cast<char16_t>(number), 0xED03, 0xD192, 0x4A32, 0xD1B5};
-}
 
 void addAndRemove(unsigned names, std::u16string (*nameOf)(unsigned))
 {
@@ -60,6 +48,8 @@ TEST(BindingIndex, FindsWhatTheMapHolds)
         addAndRemove(names, ordinaryName);
         addAndRemove(names, collidingName);
     }
+    addAndRemove(12, nameAroundTheEnd<32>);
+    addAndRemove(40, nameAroundTheEnd<128>);
 }
 
 } // namespace

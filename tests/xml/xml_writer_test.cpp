@@ -9,8 +9,11 @@
 #include <gtest/gtest.h>
 
 #include <iomanip>
+#include <ios>
 #include <numeric>
+#include <ostream>
 #include <sstream>
+#include <streambuf>
 #include <vector>
 
 namespace tarn::tests {
@@ -312,6 +315,47 @@ TEST(XmlWriter, ConvertsOncePerBatchAtTheEndOfAPiece)
     }
 }
 
+/// Takes bytes, and fails when told to.
+class Buffer : public std::streambuf
+{
+public:
+    std::string taken;
+    SuccessesLeft successesLeft;
+
+protected:
+    std::streamsize xsputn(const char* bytes, std::streamsize count) override
+    {
+        successesLeft.take();
+        taken.append(bytes, static_cast<std::size_t>(count));
+        return count;
+    }
+};
+
+/// Makes @p form on a batch that has so much room left, whose conversion may fail.
+void checkAtRoom(const Call& form, std::size_t room, bool isToFail)
+{
+    Buffer buffer;
+    std::ostream stream(&buffer);
+    stream.exceptions(std::ios::badbit);
+    XmlWriter writer(stream);
+    ReferenceWriter reference(u"UTF-8");
+    if (isToFail) {
+        buffer.successesLeft = reference.conversionsLeft = 0;
+    }
+    // The start tag of `c` remains open, below a declaration.
+    const std::u16string start = u"\n<p:r xmlns:p=\"urn:a\">";
+    const std::u16string end = u"\n  <p:c";
+    const std::u16string filling(8192 - start.size() - end.size() - room, u'.');
+    for (const Call& call : {startElement(u"r", u"urn:a", u"p"), rawXml(filling),
+                             startElement(u"c", u"urn:a"), form, endDocument(), endDocument()}) {
+        const bool hasFailed = call.failsOn(&writer);
+        stream.clear();
+        ASSERT_EQ(hasFailed, call.failsOn(&reference)) << form << " with room for " << room;
+        ASSERT_EQ(difference(buffer.taken, reference.bytes), "")
+            << form << " with room for " << room << (isToFail ? ", failing" : "");
+    }
+}
+
 TEST(XmlWriter, WritesTheSamePiecesAtEveryRoomThatABatchLeaves)
 {
     std::u16string specials;
@@ -336,27 +380,15 @@ TEST(XmlWriter, WritesTheSamePiecesAtEveryRoomThatABatchLeaves)
         value(plain + plain + mixed),
         endElement(),
     };
-    // Of a whole element with a short value, every code unit of which takes the most room.
-    constexpr std::size_t MOST_ROOM = 1000;
     for (const Call& form : forms) {
-        for (std::size_t room = 0; room <= MOST_ROOM; ++room) {
-            std::string bytes;
-            XmlWriter writer(bytes);
-            ReferenceWriter reference(u"UTF-8");
-            // The start tag of `c` remains open, below a declaration.
-            const std::u16string start = u"\n<p:r xmlns:p=\"urn:a\">";
-            const std::u16string end = u"\n  <p:c";
-            for (const AnyWriter each : {AnyWriter(&writer), AnyWriter(&reference)}) {
-                startElement(u"r", u"urn:a", u"p").applyTo(each);
-                rawXml(std::u16string(8192 - start.size() - end.size() - room, u'.')).applyTo(each);
-                startElement(u"c", u"urn:a").applyTo(each);
-                form.applyTo(each);
-            }
-            ASSERT_EQ(difference(bytes, reference.bytes), "") << form << " with room for " << room;
-            for (const AnyWriter each : {AnyWriter(&writer), AnyWriter(&reference)}) {
-                endDocument().applyTo(each);
-            }
-            ASSERT_EQ(difference(bytes, reference.bytes), "") << form << " with room for " << room;
+        // Every code unit of a short value counts as the longest replacement.
+        std::size_t mostRoom = 200;
+        for (const std::u16string& argument : form.arguments) {
+            mostRoom += 6 * argument.size();
+        }
+        for (std::size_t room = 0; room <= mostRoom; ++room) {
+            checkAtRoom(form, room, false);
+            checkAtRoom(form, room, true);
         }
     }
 }
@@ -465,10 +497,20 @@ TEST(XmlWriter, MovesWithItsDocument)
     XmlWriter moved(std::move(writer));
     XmlWriter other(second);
     other.writeStartElement(u"b", u"", u"");
+    // The document with `b` is left as by the destructor: nothing holds or ends it any more.
     other = std::move(moved);
-    other.writeEndDocument();
-    EXPECT_EQ(first, u"\n<a/>");
+    XmlWriter& same = other;
+    other = std::move(same);
+    other.writeStartElement(u"c", u"", u"");
+    EXPECT_EQ(first, u"\n<a>\n  <c");
+    // One that was moved from can be assigned to, and destroyed.
+    writer = std::move(other);
+    writer.writeEndDocument();
+    EXPECT_EQ(first, u"\n<a>\n  <c/>\n</a>");
     EXPECT_EQ(second, u"\n<b");
+    writer = XmlWriter(second);
+    writer.writeEmptyElement(u"d", u"", u"");
+    EXPECT_EQ(second, u"\n<d/>");
 }
 
 } // namespace
