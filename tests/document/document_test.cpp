@@ -547,6 +547,18 @@ TEST(Document, TellsManyNamesApart)
         }
     });
     EXPECT_EQ(xml, "<r>" + expected + "</r>");
+    // Among these are one or two with the hash of `a`.
+    expected = "<r a=\"\"";
+    const std::string alike = inRoot([&](Element& r) {
+        r.attribute("a", "");
+        for (const char* end : {"a", "aa"}) {
+            for (char letter = 'b'; letter <= 'z'; ++letter) {
+                r.attribute(letter + std::string(end), "");
+                expected += std::string(" ") + letter + end + "=\"\"";
+            }
+        }
+    });
+    EXPECT_EQ(alike, expected + "/>");
 }
 
 TEST(Document, CopiesTextOfEveryLengthAndFindsMarkupAtEveryPlace)

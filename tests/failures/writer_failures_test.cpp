@@ -219,7 +219,7 @@ TEST(WriterFailures, OfMemoryLeaveTheTextAndTheStateOfAStep)
         const auto withoutFailure = allowed.back();
         allowed.pop_back();
         // Without room for this much more text, a piece needs memory.
-        for (const std::size_t room : {0, 4, 11, 24, 1000}) {
+        for (const std::size_t room : {0, 5, 20, 1000}) {
             failEachAllocation([&](FailingAllocation& failure) {
                 std::u16string target;
                 std::optional<utils::XmlWriter> writer;

@@ -2,6 +2,7 @@
 // and changes nothing, and two parsers read back what went in.
 #pragma once
 
+#include "support/colliding_names.hpp"
 #include "support/decoding_fault.hpp"
 #include "support/difference.hpp"
 #include "support/DocumentModel.hpp"
@@ -171,6 +172,11 @@ private:
             {XML_URI, "p"},     {"http://www.w3.org/2000/xmlns/", "p"}};
         if (input.below(16) == 0) {
             return {document::XML};
+        }
+        if (input.below(2) == 0) {
+            const std::string_view uri = meetingText(static_cast<unsigned>(input.below(4)));
+            const std::string_view prefix = meetingText(static_cast<unsigned>(input.below(4)));
+            return {Namespace(uri, input.below(4) == 0 ? std::string_view() : prefix)};
         }
         const bool isWrong = input.below(16) == 0;
         const auto& [uri, prefix] = isWrong ? input.pick(WRONG) : input.pick(RIGHT);

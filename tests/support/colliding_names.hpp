@@ -1,6 +1,7 @@
-// Namespace names that meet in the index over the bindings.
+// Names that meet in the hash tables of the writer and of the checked layer.
 #pragma once
 
+#include <tarn/document/StackIndex.hpp>
 #include <tarn/xml/BindingIndex.hpp>
 
 #include <string>
@@ -9,7 +10,7 @@
 
 namespace tarn::tests {
 
-/// Names with a hash like any other.
+/// Names of namespaces with a hash like any other.
 inline std::u16string ordinaryName(unsigned number)
 {
     const std::string digits = std::to_string(number);
@@ -41,6 +42,23 @@ std::u16string nameAroundTheEnd(unsigned number)
         return names;
     }();
     return NAMES.at(number);
+}
+
+/// Texts that meet in one slot of a StackIndex, be it of 256. The first two have one hash.
+inline const std::string& meetingText(unsigned number)
+{
+    using document::detail::hashOf;
+    static const std::vector<std::string> TEXTS = [] {
+        std::vector<std::string> texts = {"a", "ba"};
+        for (unsigned tried = 0; texts.size() < 20; ++tried) {
+            std::string text = 'n' + std::to_string(tried);
+            if (hashOf(text) % 256 == hashOf("a") % 256) {
+                texts.push_back(std::move(text));
+            }
+        }
+        return texts;
+    }();
+    return TEXTS.at(number);
 }
 
 } // namespace tarn::tests
