@@ -287,6 +287,14 @@ TEST(XmlWriter, EmptiesAStringAtOnceAndInsertsIntoAStream)
     streamWriter.writeEndDocument();
     EXPECT_EQ(stream.width(), 0);
     EXPECT_EQ(stream.view(), "old **new***");
+    // What a stream that has failed does not take is gone.
+    stream.setstate(std::ios::badbit);
+    streamWriter.writeRawXml(u"lost");
+    streamWriter.writeEndDocument();
+    stream.clear();
+    streamWriter.writeRawXml(u"taken");
+    streamWriter.writeEndDocument();
+    EXPECT_EQ(stream.view(), "old **new***taken");
 }
 
 TEST(XmlWriter, ConvertsOncePerBatchAtTheEndOfAPiece)
