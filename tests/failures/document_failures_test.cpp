@@ -368,6 +368,16 @@ TEST(DocumentFailures, ThatWouldNeedMoreMemoryForMoreChildren)
     const std::size_t few = allocations(1000);
     EXPECT_GT(few, 0);
     EXPECT_EQ(allocations(100'000), 0);
+    // Nor for more documents that are given up.
+    EXPECT_EQ(allocationsDuring([&] {
+                  for (int i = 0; i < 100'000; ++i) {
+                      document.reset();
+                      Element root = document.root({TERMS, "root"});
+                      const Element child = root.child("child");
+                      document.reset();
+                  }
+              }),
+              0);
 }
 
 /// Takes so many bytes and flushes so often; then it fails until it is repaired.
