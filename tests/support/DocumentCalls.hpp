@@ -759,7 +759,7 @@ private:
         case 2:
             return instruction(NONE);
         case 3:
-            return flush();
+            return input.below(4) == 0 ? reset() : flush();
         default:
             if (model.stage == Stage::AfterRoot && input.below(2) != 0) {
                 return finish();

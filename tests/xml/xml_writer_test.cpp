@@ -377,7 +377,9 @@ TEST(XmlWriter, WritesTheSamePiecesAtEveryRoomThatABatchLeaves)
         }
         for (std::size_t room = 0; room <= mostRoom; ++room) {
             checkAtRoom(form, room, false);
-            checkAtRoom(form, room, true);
+            if (room % 4 == 0) {
+                checkAtRoom(form, room, true);
+            }
         }
     }
 }
