@@ -492,10 +492,10 @@ TEST(DocumentFailures, OfAFunctionBreakOffWhicheverCallFillsTheBatch)
     steps.insert(steps.begin(), Step());
     for (std::size_t room = 0; room <= text.size(); ++room) {
         SCOPED_TRACE(room);
-        // Two comments leave so much room in the batch, less the markup around them.
+        // With the declaration and their own markup, two comments leave so much room in the batch.
         steps.front().call = [=](Document& d, Elements&) {
             d.comment(std::string(8192, 'x'));
-            d.comment(std::string(8192 - 16 - room, 'x'));
+            d.comment(std::string(8192 - 54 - room, 'x'));
         };
         std::string whole;
         Document toString(whole);
