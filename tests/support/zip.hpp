@@ -23,7 +23,7 @@ struct ZipEntry
 namespace detail {
 
 /// @p value as @p size bytes, the lowest first.
-inline std::string bytesOf(std::uint32_t value, int size)
+inline std::string bytesOf(std::uint64_t value, int size)
 {
     std::string bytes;
     for (int i = 0; i < size; ++i) {
@@ -42,8 +42,8 @@ inline std::string descriptionOf(const ZipEntry& entry)
     constexpr int VERSION = 20;
     return bytesOf(VERSION, 2) + bytesOf(entry.flags, 2) + bytesOf(entry.method, 2) +
            bytesOf(0, 4) + bytesOf(entry.claimedChecksum.value_or(checksum), 4) + bytesOf(size, 4) +
-           bytesOf(entry.claimedSize.value_or(size), 4) +
-           bytesOf(static_cast<std::uint32_t>(entry.name.size()), 2) + bytesOf(0, 2);
+           bytesOf(entry.claimedSize.value_or(size), 4) + bytesOf(entry.name.size(), 2) +
+           bytesOf(0, 2);
 }
 
 } // namespace detail
@@ -62,14 +62,31 @@ inline std::string zip(const std::vector<ZipEntry>& entries,
         constexpr int MADE_BY = 20;
         const std::string description = detail::descriptionOf(entry);
         directory += bytesOf(DIRECTORY_SIGNATURE, 4) + bytesOf(MADE_BY, 2) + description +
-                     bytesOf(0, 10) + bytesOf(static_cast<std::uint32_t>(archive.size()), 4) +
-                     entry.name;
+                     bytesOf(0, 10) + bytesOf(archive.size(), 4) + entry.name;
         archive += bytesOf(ENTRY_SIGNATURE, 4) + description + entry.name + entry.contents;
     }
     const auto count = claimedEntries.value_or(static_cast<std::uint16_t>(entries.size()));
     return archive + directory + bytesOf(END_SIGNATURE, 4) + bytesOf(0, 4) + bytesOf(count, 2) +
-           bytesOf(count, 2) + bytesOf(static_cast<std::uint32_t>(directory.size()), 4) +
-           bytesOf(static_cast<std::uint32_t>(archive.size()), 4) + bytesOf(0, 2);
+           bytesOf(count, 2) + bytesOf(directory.size(), 4) + bytesOf(archive.size(), 4) +
+           bytesOf(0, 2);
+}
+
+/// What an archive whose sizes need 64 bits ends with.
+inline const std::string ZIP64_END =
+    "PK\5\6" + std::string(4, '\0') + std::string(12, '\xFF') + std::string(2, '\0');
+
+/// @p archive, of one entry, with sizes of 64 bits, although it does not need them.
+///
+/// @param misplaced how far the locator leads behind the end that it should lead to.
+inline std::string zip64(std::string archive, std::uint64_t misplaced = 0)
+{
+    using detail::bytesOf;
+    const std::string end = archive.substr(archive.size() - ZIP64_END.size());
+    archive.resize(archive.size() - end.size());
+    return archive + "PK\6\6" + bytesOf(44, 8) + bytesOf(45, 2) + bytesOf(45, 2) + bytesOf(0, 8) +
+           bytesOf(1, 8) + bytesOf(1, 8) + end.substr(12, 4) + bytesOf(0, 4) + end.substr(16, 4) +
+           bytesOf(0, 4) + "PK\6\7" + bytesOf(0, 4) + bytesOf(archive.size() + misplaced, 8) +
+           bytesOf(1, 4) + ZIP64_END;
 }
 
 /// An archive of one bundle.
