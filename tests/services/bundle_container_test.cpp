@@ -107,6 +107,7 @@ TEST(BundleContainer, HoldsTheBundlesOfAnArchiveInTheOrderOfTheirNames)
     EXPECT_EQ(first.GetLocation(), BUNDLE_ARCHIVE);
     EXPECT_GE(first.GetBundleId(), 1);
     EXPECT_TRUE(first && first < second && first != second && !(second < first));
+    EXPECT_TRUE(Bundle() < first && !(first < Bundle()));
     Bundle copy;
     copy = first;
     Bundle moved;
@@ -169,7 +170,7 @@ TEST(BundleContainer, FindsTheSectionOfAnObjectFile)
     const std::string resources = ".us_resources";
     std::vector<std::pair<std::string, std::string>> files = {
         {objectFile(resources, newBundle()), "installed {"},
-        {objectFile(resources, "text") + newBundle(), "the archive's directory is damaged"},
+        {objectFile(resources, "text"), "the archive's directory is damaged"},
         // Other sections, with an archive behind them.
         {objectFile(".us_resource", "text") + newBundle(), "installed {"},
         {objectFile(".us_resources2", "text") + newBundle(), "installed {"},
@@ -208,6 +209,8 @@ TEST(BundleContainer, FindsTheEndOfAnArchive)
     };
     const std::string archive = newBundle();
     const std::string directory = archive.substr(archive.rfind("PK\1\2"));
+    std::string longName = archive;
+    longName.replace(archive.rfind("PK\1\2") + 28, 2, bytesOf(500, 2));
     const std::string locator = "PK\6\7" + std::string(16, '\0');
     std::vector<std::pair<std::string, std::string>> files = {
         {commented(65535, 65535), "installed {"},
@@ -221,6 +224,8 @@ TEST(BundleContainer, FindsTheEndOfAnArchive)
         // A directory that begins with the file, and one that would begin before it.
         {directory + '~', "the archive's directory is damaged"},
         {directory.substr(1) + '~', "the file holds no bundle"},
+        {"text" + zip({}), "the file holds no bundle"},
+        {longName + std::string(999, '~'), "the archive's directory is damaged"},
         // The form for 64 bits.
         {zip64(newBundle()), "installed {"},
         {zip64(newBundle()) + '~', "installed {"},
