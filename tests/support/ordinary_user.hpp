@@ -29,9 +29,9 @@ inline std::string asOrdinaryUser(const auto& function)
     if (!hasPipe || ::waitpid(child, &status, 0) != child || status != 0) {
         throw std::runtime_error("a process of an ordinary user failed");
     }
+    ::close(result[1]);
     text.resize(static_cast<std::size_t>(::read(result[0], text.data(), text.size())));
     ::close(result[0]);
-    ::close(result[1]);
     return text;
 }
 

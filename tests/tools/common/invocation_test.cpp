@@ -29,7 +29,7 @@ mode_t permissions(const std::string& path)
     {
     };
     ::stat(path.c_str(), &file);
-    return file.st_mode & 0777;
+    return file.st_mode & 07777;
 }
 
 TEST(Invocation, RefusesAWrongCommandLine)
@@ -42,7 +42,8 @@ TEST(Invocation, RefusesAWrongCommandLine)
         {{"-o", "a", "-o", "b"}, "--output"},
         {{"--max-depth", "-1"}, "--max-depth"},
         {{"--max-depth", "ten"}, "--max-depth"},
-        {{"--max-depth", "99999999999999999999"}, "--max-depth"},
+        {{"--max-depth", "1 "}, "--max-depth"},
+        {{"--max-depth", "18446744073709551616"}, "--max-depth"},
     };
     for (const auto& [arguments, problem] : cases) {
         const Result result = run(arguments, SAMPLE.input);
@@ -78,6 +79,25 @@ TEST(Invocation, NamesAnInputThatCannotBeRead)
               PROGRAM_NAME + ": " + directory / "" + ": Is a directory\n");
 }
 
+TEST(Invocation, ShowsItsProgressOnATerminal)
+{
+    const Directory directory;
+    const std::string script = directory / "script";
+    const std::string shown = directory / "shown";
+    const std::pair<std::string, std::string> cases[] = {
+        {"script -qec 'sh " + script + " --progress' /dev/null >" + shown,
+         "\r\033[K0 MB read\r\033[K"},
+        {"script -qec 'sh " + script + "' /dev/null >" + shown, ""},
+        {"sh " + script + " --progress 2>" + shown, ""},
+    };
+    writeFile(script, "(printf '" + SAMPLE.arrayStart + "'; sleep 1.1; printf '" + SAMPLE.arrayEnd +
+                          "') | (" + command({}) + " $* >/dev/null)");
+    for (const auto& [run, expected] : cases) {
+        EXPECT_EQ(std::system(run.c_str()), 0) << run;
+        EXPECT_EQ(readFile(shown), expected) << run;
+    }
+}
+
 TEST(Invocation, PrintsHelpAndVersion)
 {
     for (const std::string option :
@@ -98,15 +118,18 @@ TEST(Invocation, ReplacesTheOutputWhenItIsComplete)
     EXPECT_EQ(readFile(file), SAMPLE.result);
     EXPECT_EQ(permissions(file), 0640u);
 
-    std::filesystem::create_symlink("file", directory / "link");
-    ::chmod(file.c_str(), 0604);
+    std::filesystem::create_directory(directory / "sub");
+    std::filesystem::create_symlink("sub/link", directory / "link");
+    std::filesystem::create_symlink("../file", directory / "sub/link");
+    ::chmod(file.c_str(), 07604);
     EXPECT_EQ(run({"-o", directory / "link"}, SAMPLE.arrayStart).status, 1);
     EXPECT_EQ(readFile(file), SAMPLE.result) << "a failure must change nothing";
     EXPECT_EQ(run({"-o", directory / "link"}, SAMPLE.string("second")).status, 0);
     EXPECT_THAT(readFile(file), HasSubstr("second"));
     EXPECT_EQ(permissions(file), 0604u);
     EXPECT_TRUE(std::filesystem::is_symlink(directory / "link"));
-    EXPECT_THAT(directory.names(), ElementsAre("file", "link"));
+    EXPECT_TRUE(std::filesystem::is_symlink(directory / "sub/link"));
+    EXPECT_THAT(directory.names(), ElementsAre("file", "link", "sub"));
 }
 
 /// A run of the program that has written a part of `file` and waits for more input.
@@ -164,6 +187,7 @@ TEST(Invocation, LeavesNothingBehindAfterASignal)
           SIGUSR1,   SIGSEGV, SIGUSR2, SIGALRM, SIGTERM, SIGSTKFLT, SIGXCPU, SIGXFSZ,
           SIGVTALRM, SIGPROF, SIGIO,   SIGPWR,  SIGSYS,  SIGRTMIN,  SIGRTMAX}) {
         SCOPED_TRACE(::strsignal(signal));
+        std::signal(signal, SIG_DFL); // a shell ignores some for what it runs in the background
         UnfinishedRun run(setup);
         run.send(signal);
         const int status = run.finish("");
@@ -176,14 +200,25 @@ TEST(Invocation, LeavesNothingBehindAfterASignal)
 TEST(Invocation, GoesOnAfterASignalThatIsIgnored)
 {
     const std::pair<int, std::string> cases[] = {
-        {SIGHUP, "trap '' HUP"}, {SIGTERM, "trap '' TERM"},
-        {SIGPIPE, ""},           {SIGCHLD, ""},
-        {SIGWINCH, ""},          {SIGURG, ""},
+        {SIGHUP, "trap '' HUP"},
+        {SIGINT, "trap '' INT"},
+        {SIGQUIT, "trap '' QUIT"},
+        {SIGTERM, "trap '' TERM"},
+        {SIGPIPE, ""},
+        {SIGCHLD, ""},
+        {SIGWINCH, ""},
+        {SIGURG, ""},
+        // They stop the program, until SIGCONT comes.
+        {SIGSTOP, ""},
+        {SIGTSTP, ""},
+        {SIGTTIN, ""},
+        {SIGTTOU, ""},
     };
     for (const auto& [signal, setup] : cases) {
         SCOPED_TRACE(::strsignal(signal));
         UnfinishedRun run(setup);
         run.send(signal);
+        run.send(SIGCONT);
         EXPECT_EQ(run.finish(SAMPLE.arrayEnd), 0);
         EXPECT_THAT(run.directory.names(), ElementsAre("file"));
     }

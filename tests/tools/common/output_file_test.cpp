@@ -1,10 +1,16 @@
 // The output file of a program when a system call fails or a signal comes at a bad time.
 #include "support/files.hpp"
+#include "support/ordinary_user.hpp"
 #include "tools/common/OutputFile.hpp"
+#include "tools/common/program.hpp"
 
+#include <algorithm>
 #include <cerrno>
+#include <climits>
 #include <csignal>
 #include <cstdlib>
+#include <fcntl.h>
+#include <filesystem>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <string>
@@ -17,11 +23,15 @@
 
 namespace {
 
-/// This program defines three functions of the C library itself, which fail or raise a signal if
-/// one of these is set.
+/// This program defines some functions of the C library itself, which fail, raise a signal or write
+/// less if one of these is set.
 int errorOfClose = 0;
 int errorOfFsync = 0;
+int errorOfRead = 0;
+int errorOfRename = 0;
+int errorOfWrite = 0;
 int signalAfterMkostemp = 0;
+std::size_t mostPerWrite = SSIZE_MAX;
 
 /// What fsync() has been called for: `file` or `directory`.
 std::vector<std::string> synced;
@@ -52,6 +62,24 @@ int fsync(int descriptor)
     synced.push_back(S_ISDIR(file.st_mode) ? "directory" : "file");
     return errorOfFsync != 0 ? failOnce(errorOfFsync)
                              : static_cast<int>(::syscall(SYS_fsync, descriptor));
+}
+
+ssize_t read(int descriptor, void* buffer, std::size_t size)
+{
+    return errorOfRead != 0 ? failOnce(errorOfRead) : ::syscall(SYS_read, descriptor, buffer, size);
+}
+
+ssize_t write(int descriptor, const void* bytes, std::size_t size)
+{
+    return errorOfWrite != 0
+               ? failOnce(errorOfWrite)
+               : ::syscall(SYS_write, descriptor, bytes, std::min(size, mostPerWrite));
+}
+
+int rename(const char* from, const char* to)
+{
+    return errorOfRename != 0 ? failOnce(errorOfRename)
+                              : static_cast<int>(::syscall(SYS_rename, from, to));
 }
 
 int mkostemp(char* path, int flags)
@@ -95,12 +123,13 @@ TEST(OutputFile, KeepsTheOldFileIfTheNewOneCannotBeWrittenToDisk)
         int error;
         int reported;
     } cases[] = {
-        {errorOfFsync, EIO, EIO},       {errorOfFsync, EDQUOT, EDQUOT}, {errorOfFsync, EINTR, 0},
-        {errorOfFsync, EINVAL, 0},      {errorOfFsync, ENOTSUP, 0},     {errorOfClose, EIO, EIO},
-        {errorOfClose, ENOSPC, ENOSPC},
+        {errorOfFsync, EIO, EIO},        {errorOfFsync, EDQUOT, EDQUOT}, {errorOfFsync, EINTR, 0},
+        {errorOfFsync, EINVAL, 0},       {errorOfFsync, ENOTSUP, 0},     {errorOfClose, EIO, EIO},
+        {errorOfClose, ENOSPC, ENOSPC},  {errorOfWrite, EIO, EIO},       {errorOfWrite, EINTR, 0},
+        {errorOfRename, EACCES, EACCES},
     };
     for (const auto& [nextError, error, reported] : cases) {
-        SCOPED_TRACE((&nextError == &errorOfFsync ? "fsync: " : "close: ") + std::to_string(error));
+        SCOPED_TRACE(std::to_string(&nextError - &errorOfClose) + ": " + std::to_string(error));
         const Directory directory;
         writeFile(directory / "file.xml", "old");
         nextError = error;
@@ -111,9 +140,88 @@ TEST(OutputFile, KeepsTheOldFileIfTheNewOneCannotBeWrittenToDisk)
     }
 }
 
+TEST(OutputFile, SaysWhatAnOrdinaryUserMayNotWrite)
+{
+    const Directory directory;
+    for (const std::string name : {"", "fixed/", "closed/"}) {
+        std::filesystem::create_directories(directory / name);
+        writeFile(directory / name + "old", "old");
+        std::filesystem::permissions(directory / name + "old", std::filesystem::perms::all);
+    }
+    writeFile(directory / "read-only", "old");
+    std::filesystem::create_symlink("loop", directory / "loop");
+    const std::pair<std::string, unsigned> permissions[] = {
+        {"", 0777}, {"read-only", 0444}, {"fixed", 0555}, {"closed", 0}};
+    for (const auto& [name, mode] : permissions) {
+        ASSERT_EQ(::chmod((directory / name).c_str(), mode), 0);
+    }
+    const std::pair<std::string, std::string> cases[] = {
+        {"old", ""},
+        {"new", ""},
+        {"read-only", ": Permission denied"},
+        {"fixed/old", ": Permission denied"},
+        {"fixed/new", ": Permission denied"},
+        {"closed/old", ": Permission denied"},
+        {"closed/new", ": Permission denied"},
+        {"old/new", ": Not a directory"},
+        {"loop", ": Too many levels of symbolic links"},
+        {std::string(256, 'x'), ": File name too long"},
+    };
+    for (const auto& [name, problem] : cases) {
+        const std::string path = directory / name;
+        const std::string said = asOrdinaryUser([&path = path] {
+            try {
+                OutputFile(path, "program").commit();
+                return std::string();
+            } catch (const std::system_error& error) {
+                return std::string(error.what());
+            }
+        });
+        EXPECT_EQ(said, problem.empty() ? "" : path + problem);
+    }
+    ::chmod((directory / "closed").c_str(), 0755);
+    EXPECT_THAT(directory.names(),
+                ElementsAre("closed", "fixed", "loop", "new", "old", "read-only"));
+    EXPECT_EQ(readFile(directory / "read-only"), "old");
+    EXPECT_EQ(readFile(directory / "fixed/old"), "old");
+}
+
+TEST(OutputFile, IsNotTouchedIfTheInputMayNotBeRead)
+{
+    const Directory directory;
+    ::chmod((directory / "").c_str(), 0777);
+    const std::string input = directory / "input";
+    writeFile(input, "secret");
+    ::chmod(input.c_str(), 0);
+    tarn::tools::FileOptions options;
+    options.input = input;
+    options.output = directory / "output";
+    const auto convert = [&] {
+        return std::to_string(tarn::tools::runProgram("program", [&] {
+            tarn::tools::convertFile("program", options, [](auto, std::ostream&) {});
+        }));
+    };
+    EXPECT_EQ(asOrdinaryUser(convert), "1");
+    EXPECT_THAT(directory.names(), ElementsAre("input"));
+}
+
+TEST(FileDescriptor, ReadsOnAfterASignal)
+{
+    const Directory directory;
+    writeFile(directory / "file", "text");
+    const tarn::tools::FileDescriptor file(
+        ::open((directory / "file").c_str(), O_RDONLY | O_CLOEXEC));
+    char text[9];
+    errorOfRead = EINTR;
+    EXPECT_EQ(file.read(text, sizeof text, "file"), 4u);
+    errorOfRead = EIO;
+    EXPECT_THROW(file.read(text, sizeof text, "file"), std::system_error);
+}
+
 TEST(OutputFile, KeepsPiecesOfAnySizeInTheirOrder)
 {
     const Directory directory;
+    mostPerWrite = 1000;
     OutputFile output(directory / "file.xml", "program");
     std::string expected;
     for (int round = 0; round < 20; ++round) {
@@ -125,6 +233,7 @@ TEST(OutputFile, KeepsPiecesOfAnySizeInTheirOrder)
         }
     }
     output.commit();
+    mostPerWrite = SSIZE_MAX;
     EXPECT_TRUE(readFile(directory / "file.xml") == expected);
 }
 
@@ -140,6 +249,7 @@ TEST(OutputFileDeathTest, RemovesTheFileIfASignalComesAsSoonAsItExists)
 {
     for (const int signal : {SIGINT, SIGQUIT, SIGRTMIN}) {
         const Directory directory;
+        std::signal(signal, SIG_DFL); // a shell ignores some for what it runs in the background
         signalAfterMkostemp = signal;
         EXPECT_EXIT(OutputFile(directory / "file.xml", "program"), testing::KilledBySignal(signal),
                     "");

@@ -5,6 +5,8 @@
 #include <optional>
 #include <string>
 #include <unistd.h>
+#include <utility>
+#include <vector>
 
 namespace {
 
@@ -13,28 +15,35 @@ using tarn::tools::Progress;
 
 TEST(Progress, ShowsHowFarALongConversionIsAndNothingOfAShortOne)
 {
-    const std::tuple<std::optional<std::uint64_t>, std::chrono::milliseconds, std::string> cases[] =
-        {
-            {200, 900ms, ""},
-            {200, 1100ms, "\r\033[K[####################                    ] 50 %\r\033[K"},
-            {50, 1100ms, "\r\033[K[########################################] 100 %\r\033[K"},
-            {std::nullopt, 1100ms, "\r\033[K0 MB read\r\033[K"},
-        };
-    for (const auto& [total, duration, shown] : cases) {
+    using Reports = std::vector<std::pair<std::uint64_t, std::chrono::milliseconds>>;
+    const std::string start = "\r\033[K";
+    const std::string half = start + "[####################                    ] 50 %";
+    const std::string all = start + "[########################################] 100 %";
+    const std::tuple<std::optional<std::uint64_t>, Reports, std::string> cases[] = {
+        {200, {{0, 0ms}, {100, 999ms}}, ""},
+        {200, {{0, 0ms}, {100, 1000ms}, {200, 1099ms}}, half + start},
+        {200, {{100, 1100ms}, {150, 1199ms}, {200, 1200ms}}, half + all + start},
+        {50, {{100, 1000ms}}, all + start},
+        {0, {{0, 1000ms}}, all + start},
+        {std::nullopt,
+         {{999'999, 1000ms}, {1'000'000, 1100ms}},
+         start + "0 MB read" + start + "1 MB read" + start},
+    };
+    for (const auto& [total, reports, shown] : cases) {
         int terminal[2];
         ASSERT_EQ(::pipe(terminal), 0);
         {
             const Progress::Clock::time_point start{};
             Progress progress(terminal[1], total, start);
-            progress.report(0, start);
-            progress.report(100, start + duration);
-            progress.report(101, start + duration + 1ms);
+            for (const auto& [bytes, time] : reports) {
+                progress.report(bytes, start + time);
+            }
         }
         ::close(terminal[1]);
         std::string text(1000, '\0');
         text.resize(static_cast<std::size_t>(::read(terminal[0], text.data(), text.size())));
         ::close(terminal[0]);
-        EXPECT_EQ(text, shown) << duration.count();
+        EXPECT_EQ(text, shown);
     }
 }
 
