@@ -9,6 +9,7 @@
 #include <gtest/gtest.h>
 #include <string>
 #include <sys/resource.h>
+#include <sys/stat.h>
 
 namespace {
 
@@ -141,7 +142,7 @@ TEST(Conversion, EscapesWhatXmlCannotHold)
         std::string xml;
         bool isEscaped;
     } cases[] = {
-        {R"(\"\/\u00e9\uFFFD\uE000)", "&quot;/\u00E9\uFFFD\uE000", false},
+        {R"( ~\"\/\u00e9\ud7ff\uFFFD\uE000)", " ~&quot;/\u00E9\uD7FF\uFFFD\uE000", false},
         {R"(\u0000\u001F\u007f\u0080\u009F\u00a0)",
          R"(\u0000\u001F\u007F\u0080\u009F)"
          "\u00A0",
@@ -233,6 +234,19 @@ TEST(Conversion, ReadsTokensAcrossTheEndOfABlock)
     }
 }
 
+TEST(Conversion, ReadsTokensThatComeInPieces)
+{
+    const Directory directory;
+    const std::string pipe = directory / "pipe";
+    ASSERT_EQ(::mkfifo(pipe.c_str(), 0600), 0);
+    const std::string writing =
+        R"((for piece in '\357' '\273\277["\303' '\251\\' 'ud' '83d\\ude00",-' '1.' '5]';)"
+        " do printf $piece; sleep 0.05; done) >";
+    const Result result = run({pipe}, "", "", writing + pipe + " &");
+    EXPECT_EQ(outlineOfXml(result.output), outlineOfJson("[\"\u00E9\U0001F600\",-1.5]"))
+        << result.error;
+}
+
 TEST(Conversion, FindsFaultsAcrossTheEndOfABlock)
 {
     for (std::size_t before = 0; before <= 16; ++before) {
@@ -282,12 +296,18 @@ TEST(Conversion, SaysWhatIsWrongAndWhere)
         {"{\"a\":1,}", "1:8: expected a key, found '}'"},
         {"{1:2}", "1:2: expected a key, found '1'"},
         {"[nULL]", "1:3: expected true, false or null, found 'U'"},
+        {"fax", "1:3: expected true, false or null, found 'x'"},
         {"NaN", "1:1: expected a value, found 'N'"},
+        {"!", "1:1: expected a value, found '!'"},
+        {"~", "1:1: expected a value, found '~'"},
+        {"\x7F", "1:1: expected a value, found byte 0x7F"},
+        {"\xEF\xBB", "1:1: expected a value, found byte 0xEF"},
         {"/**/1", "1:1: expected a value, found '/'"},
         {"01", "1:2: expected the end of the input, found '1'"},
         {"+1", "1:1: expected a value, found '+'"},
         {".5", "1:1: expected a value, found '.'"},
         {"-", "1:2: expected a digit of a number, found the end of the input"},
+        {"- 1", "1:2: expected a digit of a number, found byte 0x20"},
         {std::string(400, '1') + ".e1", "1:402: expected a digit of a number, found 'e'"},
         {"[1e+]", "1:5: expected a digit of a number, found ']'"},
         {"\"\\x\"", "1:2: unknown escape sequence"},

@@ -1,10 +1,13 @@
 // The JSON that xml2json makes of XML, and its messages about other input.
+#include "tools/common/conversions.hpp"
 #include "tools/common/run_program.hpp"
 #include "tools/xml2json/limits.hpp"
 
 #include <fstream>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <sstream>
+#include <stdexcept>
 #include <string>
 #include <sys/resource.h>
 
@@ -99,8 +102,9 @@ TEST(Conversion, WritesOneValueForEachElement)
         {array("<null xml:space='default' o:key='k' xmlns:o='o'/>"), "[null]"},
         {"<map key='k' escaped-key='x' xmlns='" + NAMESPACE + "'/>", "{}"},
         // Booleans, and numbers with and without the form of JSON.
-        {array("<boolean> tr<!--c-->ue\n</boolean><boolean>0</boolean><boolean>&#13;1</boolean>"),
-         "[true,false,true]"},
+        {array("<boolean> tr<!--c-->ue\n</boolean><boolean>0</boolean><boolean>&#13;1</boolean>"
+               "<boolean>fal<?p?>se</boolean>"),
+         "[true,false,true,false]"},
         {array("<number>-0</number><number>1E+06</number><number> 1e400 </number>"
                "<number>2<!--c-->7.50</number>"),
          "[-0,1E+06,1e400,27.50]"},
@@ -159,9 +163,13 @@ TEST(Conversion, EscapesStringsAndKeys)
 TEST(Conversion, EscapesEveryCharacterAtEveryPlaceOfAString)
 {
     const std::pair<std::string, std::string> characters[] = {
-        {"~", "~"},          {"!", "!"},          {".", "."},
-        {"0", "0"},          {"&#9;", "\\t"},     {"/", "\\/"},
-        {"\\", R"(\\)"},     {"\x7F", "\\u007F"}, {"\u0080", "\\u0080"},
+        {"\"", "\\\""},       {" ", " "},
+        {"#", "#"},           {"\u009F", "\\u009F"},
+        {"\u00C0", "\u00C0"}, {"~", "~"},
+        {"!", "!"},           {".", "."},
+        {"0", "0"},           {"&#9;", "\\t"},
+        {"/", "\\/"},         {"\\", R"(\\)"},
+        {"\x7F", "\\u007F"},  {"\u0080", "\\u0080"},
         {"\u00A0", "\u00A0"}};
     std::string xml;
     std::string json;
@@ -257,6 +265,8 @@ TEST(Conversion, LaysTheJsonOut)
         array("<number>1</number><map><array key='a'><null/></array></map><string>a\nb</string>");
     EXPECT_EQ(run({"--indent", "2"}, xml).output,
               "[\n  1,\n  {\n    \"a\": [\n      null\n    ]\n  },\n  \"a\\nb\"\n]\n");
+    EXPECT_EQ(run({"--indent", "100"}, array("<null/>")).output,
+              "[\n" + std::string(100, ' ') + "null\n]\n");
     EXPECT_EQ(run({"--lines"}, xml).output, "1\n{\"a\":[null]}\n\"a\\nb\"\n");
     EXPECT_EQ(run({"--lines"}, array("")).output, "");
     EXPECT_THAT(run({"--lines"}, map("")).error, testing::HasSubstr("1:1: expected array"));
@@ -374,14 +384,35 @@ TEST(Conversion, LimitsTheNamesThatTheParserKeeps)
     const auto withNames = [](int count) {
         std::string members;
         for (int i = 0; i < count; ++i) {
-            const std::string prefix = 'n' + std::to_string(i);
-            members += "<null " + prefix + ":a='' xmlns:" + prefix + "='" + prefix + "'/>";
+            const std::string name = 'n' + std::to_string(10'000 + i) + std::string(994, 'x');
+            members += "<null p:" + name + "='' xmlns:p='p'/>";
         }
-        return array(members);
+        return array(members + std::string(BLOCK_SIZE, ' '));
     };
-    EXPECT_EQ(run({}, withNames(50'000)).error, "");
-    EXPECT_THAT(run({}, withNames(300'000)).error,
+    EXPECT_EQ(run({}, withNames(1000)).error, "");
+    EXPECT_THAT(run({}, withNames(1400)).error,
                 testing::HasSubstr("more than a million bytes of different names"));
+}
+
+TEST(Conversion, LimitsTheSizeOfANumber)
+{
+    const auto problem = [](const std::string& number) -> std::string {
+        std::ostringstream json;
+        xml2json::Limits limits;
+        limits.numberSize = 4;
+        try {
+            xml2json::convert(inputOf(array("<number>" + number + "</number>")), json, limits, {});
+            return "";
+        } catch (const std::runtime_error& error) {
+            return error.what();
+        }
+    };
+    for (const std::string number : {"1234", " 12<!---->34 "}) {
+        EXPECT_EQ(problem(number), "");
+    }
+    for (const std::string number : {"12345", "123<!---->45"}) {
+        EXPECT_EQ(problem(number), "input:1:101: a value longer than 4 bytes");
+    }
 }
 
 TEST(Conversion, RefusesWhatIsNoFiniteNumber)
