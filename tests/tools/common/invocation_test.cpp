@@ -216,7 +216,9 @@ TEST(Invocation, GoesOnAfterASignalThatIsIgnored)
     };
     for (const auto& [signal, setup] : cases) {
         SCOPED_TRACE(::strsignal(signal));
+        std::signal(signal, SIG_DFL);
         UnfinishedRun run(setup);
+        EXPECT_THAT(run.directory.names().front(), testing::StartsWith('.' + PROGRAM_NAME + '-'));
         run.send(signal);
         run.send(SIGCONT);
         EXPECT_EQ(run.finish(SAMPLE.arrayEnd), 0);

@@ -9,7 +9,6 @@
 #include <climits>
 #include <csignal>
 #include <cstdlib>
-#include <fcntl.h>
 #include <filesystem>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -27,7 +26,6 @@ namespace {
 /// less if one of these is set.
 int errorOfClose = 0;
 int errorOfFsync = 0;
-int errorOfRead = 0;
 int errorOfRename = 0;
 int errorOfWrite = 0;
 int signalAfterMkostemp = 0;
@@ -62,11 +60,6 @@ int fsync(int descriptor)
     synced.push_back(S_ISDIR(file.st_mode) ? "directory" : "file");
     return errorOfFsync != 0 ? failOnce(errorOfFsync)
                              : static_cast<int>(::syscall(SYS_fsync, descriptor));
-}
-
-ssize_t read(int descriptor, void* buffer, std::size_t size)
-{
-    return errorOfRead != 0 ? failOnce(errorOfRead) : ::syscall(SYS_read, descriptor, buffer, size);
 }
 
 ssize_t write(int descriptor, const void* bytes, std::size_t size)
@@ -199,15 +192,20 @@ TEST(OutputFile, IsNotMadeIfTheInputMayNotBeRead)
 
 TEST(FileDescriptor, ReadsOnAfterASignal)
 {
-    const Directory directory;
-    writeFile(directory / "file", "text");
-    const tarn::tools::FileDescriptor file(
-        ::open((directory / "file").c_str(), O_RDONLY | O_CLOEXEC));
+    static int ends[2];
+    ASSERT_EQ(::pipe(ends), 0);
+    const tarn::tools::FileDescriptor input(ends[0]);
+    const tarn::tools::FileDescriptor output(ends[1]);
+    // The signal interrupts the call that waits for what its handler writes.
+    struct sigaction action = {};
+    action.sa_handler = [](int) {
+        [[maybe_unused]] const ssize_t ignored = ::write(ends[1], "text", 4);
+    };
+    ::sigaction(SIGALRM, &action, nullptr);
+    ::ualarm(20'000, 0);
     char text[9];
-    errorOfRead = EINTR;
-    EXPECT_EQ(file.read(text, sizeof text, "file"), 4u);
-    errorOfRead = EIO;
-    EXPECT_THROW(file.read(text, sizeof text, "file"), std::system_error);
+    EXPECT_EQ(input.read(text, sizeof text, "pipe"), 4u);
+    std::signal(SIGALRM, SIG_DFL);
 }
 
 TEST(OutputFile, KeepsPiecesOfAnySizeInTheirOrder)
@@ -215,9 +213,16 @@ TEST(OutputFile, KeepsPiecesOfAnySizeInTheirOrder)
     const Directory directory;
     mostPerWrite = 1000;
     OutputFile output(directory / "file.xml", "program");
-    std::string expected;
+    // What fits exactly, and a byte more than that.
+    std::string expected(128 * 1024 - 1, 'x');
+    for (std::size_t place = 0; place < expected.size(); place += 4096) {
+        const std::string piece = expected.substr(place, 4096);
+        output.sputn(piece.data(), static_cast<std::streamsize>(piece.size()));
+    }
+    output.sputn("yz", 2);
+    expected += "yz";
     for (int round = 0; round < 20; ++round) {
-        for (const std::size_t size : {0, 1, 8191, 8192, 32767, 32768, 65536, 131'072, 131'073}) {
+        for (const std::size_t size : {0, 1, 8191, 8192, 32767, 32768, 65536, 131'072, 250'000}) {
             const std::string piece(size, static_cast<char>('a' + round));
             output.sputn(piece.data(), static_cast<std::streamsize>(size));
             output.sputc('.');
@@ -232,9 +237,25 @@ TEST(OutputFile, KeepsPiecesOfAnySizeInTheirOrder)
 TEST(OutputFile, WritesTheFileToDiskAndThenItsName)
 {
     const Directory directory;
-    synced.clear();
-    EXPECT_EQ(replace(directory / "file.xml"), 0);
-    EXPECT_THAT(synced, ElementsAre("file", "directory"));
+    const std::filesystem::path before = std::filesystem::current_path();
+    std::filesystem::current_path(directory / "");
+    for (const std::string& path : {directory / "file.xml", std::string("file.xml")}) {
+        synced.clear();
+        EXPECT_EQ(replace(path), 0);
+        EXPECT_THAT(synced, ElementsAre("file", "directory")) << path;
+    }
+    std::filesystem::current_path(before);
+}
+
+TEST(OutputFile, WritesNothingAgainThatCouldNotBeWritten)
+{
+    const Directory directory;
+    OutputFile output(directory / "file.xml", "program");
+    output.sputn("text", 4);
+    errorOfWrite = EIO;
+    EXPECT_THROW(output.pubsync(), std::system_error);
+    output.commit();
+    EXPECT_EQ(readFile(directory / "file.xml"), "");
 }
 
 TEST(OutputFileDeathTest, RemovesTheFileIfASignalComesAsSoonAsItExists)

@@ -204,7 +204,12 @@ TEST(Conversion, WritesMoreThanItsBufferHolds)
         xml += "<string/>";
         json += ",\"\"";
     }
-    EXPECT_TRUE(run({}, array(xml)).output == '[' + json.substr(1) + "]\n");
+    const std::string text = array(xml);
+    std::uint64_t bytesRead = 0;
+    tarn::tools::InputFile input = inputOf(text);
+    input.onBlock = [&](std::uint64_t bytes) { bytesRead = bytes; };
+    EXPECT_TRUE(toJson(std::move(input), {}) == '[' + json.substr(1) + "]\n");
+    EXPECT_EQ(bytesRead, text.size());
 }
 
 TEST(Conversion, ComparesKeysWithoutTheirEscapes)
