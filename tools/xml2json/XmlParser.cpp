@@ -257,9 +257,12 @@ private:
     {
         guard(self, [&](Context& context) {
             if (error->level >= XML_ERR_ERROR) {
-                context.fail({static_cast<unsigned>(error->line),
-                              static_cast<unsigned>(std::max(error->int2, 1))},
-                             messageOf(*error));
+                // The place of a fault in the encoding is not known.
+                const Position place =
+                    error->line > 0 ? Position{static_cast<unsigned>(error->line),
+                                               static_cast<unsigned>(std::max(error->int2, 1))}
+                                    : context.eventStart;
+                context.fail(place, messageOf(*error));
             }
         });
     }

@@ -204,6 +204,11 @@ TEST(Conversion, WritesMoreThanItsBufferHolds)
         xml += "<string/>";
         json += ",\"\"";
     }
+    for (const char letter : {'a', 'b', 'c'}) {
+        const std::string key(100'000, letter);
+        xml += "<map><null key='" + key + "'/></map>";
+        json += ",{\"" + key + "\":null}";
+    }
     const std::string text = array(xml);
     std::uint64_t bytesRead = 0;
     tarn::tools::InputFile input = inputOf(text);
@@ -370,6 +375,11 @@ TEST(Conversion, SaysWhatIsWrongAndWhere)
         {map("<null escaped-key='1' key='\\'/>"), "1:101: a key with an unknown escape sequence"},
         {map("<null escaped-key='1' key='\\u000'/>"),
          "1:101: a key with an unknown escape sequence"},
+        // An encoding.
+        {"<?xml version='1.0' encoding='EUC-JP'?>\n" + array("\xFF\xFF"),
+         "1:1: input conversion failed due to input error, bytes 0xFF 0xFF 0x3C 0x2F"},
+        {"\xFE\xFF\xD8"s + '\0' + '\0' + 'a',
+         "1:1: input conversion failed due to input error, bytes 0xD8 0x00 0x00 0x61"},
         // After the first block.
         {array(std::string(BLOCK_SIZE, '\n') + "<null/>" + std::string(BLOCK_SIZE, ' ') + "<x/>"),
          "65537:65544: " + unknown + "'x'"},
