@@ -77,7 +77,7 @@ TEST(Conversion, WritesWhatAParserReadsBack)
         {" \t\r\n\"\" ", "\"\""},
         {"\xEF\xBB\xBF[true]", "[true]"},
         {R"({"k":1,"k":2,"k":1})", R"({"k":1,"k":2,"k":1})"},
-        {"[0,-0,1.0,1e300,-1E+2,1e-0300]", "[0,-0,1.0,1e300,-1E+2,1e-0300]"},
+        {"[0,-0,1.09,9e300,-1E+2,1e-0300]", "[0,-0,1.09,9e300,-1E+2,1e-0300]"},
         // Escapes, and characters of one to four bytes.
         {R"(["\"\\\/\n\u0041\u00e9\uD83D\uDE00"])", "[\"\\\"\\\\/\\nA\xC3\xA9\xF0\x9F\x98\x80\"]"},
         {"\"\x7F\xC3\xA9\xEF\xBF\xBD\xF0\x9F\x98\x80\"",
@@ -295,7 +295,7 @@ TEST(Conversion, SaysWhatIsWrongAndWhere)
         {"[1,]", "1:4: expected a value, found ']'"},
         {"{\"a\":1,}", "1:8: expected a key, found '}'"},
         {"{1:2}", "1:2: expected a key, found '1'"},
-        {"[nULL]", "1:3: expected true, false or null, found 'U'"},
+        {"nULL", "1:2: expected true, false or null, found 'U'"},
         {"fax", "1:3: expected true, false or null, found 'x'"},
         {"NaN", "1:1: expected a value, found 'N'"},
         {"!", "1:1: expected a value, found '!'"},

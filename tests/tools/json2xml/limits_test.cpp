@@ -60,6 +60,7 @@ TEST(Limits, LimitsStringsAndNumbers)
         std::uint64_t bytesRead = 0;
         EXPECT_EQ(problem(json, LIMITS, bytesRead), expected.empty() ? "" : "input:" + expected)
             << json;
+        EXPECT_EQ(bytesRead, json.size()) << json;
     }
 }
 
