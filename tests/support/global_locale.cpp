@@ -1,5 +1,5 @@
-// Loaded before a program, makes the locale of the environment the program's own, as any program that uses
-// the libraries may do.
+// Loaded before a program, makes the locale of the environment the program's own, as any program
+// that uses the libraries may do.
 
 #include <locale>
 
