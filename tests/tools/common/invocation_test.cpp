@@ -220,6 +220,7 @@ TEST(Invocation, GoesOnAfterASignalThatIsIgnored)
         UnfinishedRun run(setup);
         EXPECT_THAT(run.directory.names().front(), testing::StartsWith('.' + PROGRAM_NAME + '-'));
         run.send(signal);
+        std::this_thread::sleep_for(std::chrono::milliseconds(50)); // SIGCONT takes back a stop
         run.send(SIGCONT);
         EXPECT_EQ(run.finish(SAMPLE.arrayEnd), 0);
         EXPECT_THAT(run.directory.names(), ElementsAre("file"));
