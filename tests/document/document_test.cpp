@@ -464,7 +464,7 @@ TEST(Document, EndsTheElementsThatNoExceptionPasses)
              std::string target;
              Document other(target);
              Element c = r.child("c");
-             c = other.root("d").child("e");
+             c = other.root("d").child("e").child("f"); // deeper than `c`
          },
          "<r><c/>"},
     };
