@@ -468,8 +468,12 @@ TEST(XmlWriterDeathTest, SaysSoWhenAWriterIsUsedThatWasMovedFrom)
 {
     std::u16string text;
     XmlWriter writer(text);
-    const XmlWriter moved(std::move(writer));
+    XmlWriter moved(std::move(writer));
     EXPECT_DEATH(writer.writeEndDocument(), "moved from"); // NOLINT(bugprone-use-after-move)
+    std::u16string other;
+    XmlWriter assigned(other);
+    assigned = std::move(moved);
+    EXPECT_DEATH(moved.writeEndDocument(), "moved from"); // NOLINT(bugprone-use-after-move)
 }
 #endif
 
