@@ -2,6 +2,7 @@
 
 #include <array>
 #include <charconv>
+#include <clocale>
 #include <cmath>
 #include <cstdlib>
 
@@ -107,13 +108,17 @@ bool makeJsonNumber(std::string& text)
     switch (notationOf(text)) {
     case Notation::JSON:
         return true;
-    case Notation::XML:
-        // from_chars would not tell a number that is too large from one that is too small.
-        if (const double value = std::strtod(text.c_str(), nullptr); std::isfinite(value)) {
+    case Notation::XML: {
+        // from_chars would not tell a number that is too large from one that is too small. The
+        // decimal point is a point, whatever the locale of the program.
+        static const locale_t C_LOCALE = ::newlocale(LC_ALL_MASK, "C", nullptr);
+        if (const double value = ::strtod_l(text.c_str(), nullptr, C_LOCALE);
+            std::isfinite(value)) {
             text = toString(value);
             return true;
         }
         return false;
+    }
     default:
         return false;
     }
