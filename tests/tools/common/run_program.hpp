@@ -23,7 +23,7 @@ inline const std::string PROGRAM_NAME = std::filesystem::path(PROGRAM).filename(
 /// The shell command for a run with @p arguments.
 inline std::string command(const Arguments& arguments)
 {
-    std::string words = "exec " PROGRAM;
+    std::string words = "exec '" PROGRAM "'";
     for (const std::string& argument : arguments) {
         words += " '" + argument + '\'';
     }
