@@ -28,9 +28,9 @@ consume_installed() {
         package=tarn-utils
         [ "$program" != document ] || package=tarn-document
         [ "$(pkg-config --variable=libdir $package | xargs realpath)" = "$(realpath "$libdir")" ]
-        # shellcheck disable=SC2046,SC2086 # lists of flags
-        "$CXX" -std=c++17 ${CXXFLAGS:-} $(pkg-config --cflags $package) "$consumer/$program.cpp" \
-            $(pkg-config --libs $package) -Wl,-rpath,"$libdir" -o "$work/$2-$program"
+        # pkg-config escapes the blanks in names of directories for the shell.
+        eval '"$CXX" -std=c++17' "${CXXFLAGS:-} $(pkg-config --cflags $package)" '"$consumer/$program.cpp"' \
+            "$(pkg-config --libs $package)" '-Wl,-rpath,"$libdir" -o "$work/$2-$program"'
         "$work/$2-$program"
     done
     unset PKG_CONFIG_PATH
