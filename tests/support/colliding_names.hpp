@@ -51,7 +51,8 @@ inline const std::string& meetingText(unsigned number)
     static const std::vector<std::string> TEXTS = [] {
         std::vector<std::string> texts = {"a", "ba"};
         for (unsigned tried = 0; texts.size() < 20; ++tried) {
-            std::string text = 'n' + std::to_string(tried);
+            std::string text = std::to_string(tried);
+            text.insert(text.begin(), 'n');
             if (hashOf(text) % 256 == hashOf("a") % 256) {
                 texts.push_back(std::move(text));
             }
