@@ -46,7 +46,7 @@ constexpr std::string_view END_OF_ROOT = "</root>";
 std::vector<Step> stepsOfDocument(std::size_t size, std::size_t levels)
 {
     static const Fragment FRAGMENT = Fragment::trusted("<raw/>");
-    const std::string text = std::string("\t").append(size, 'x') + "\r<\u00E9";
+    const std::string text = std::string("\t").append(size, 'x').append("\r<\u00E9");
     const std::u16string utf16(size, u'x');
     const std::string name(size / 8 + 1, 'n');
     std::vector<Step> steps = {

@@ -6,8 +6,10 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <random>
 #include <string>
+#include <vector>
 
 namespace tarn::tests {
 
@@ -50,6 +52,36 @@ TEST(BindingIndex, FindsWhatTheMapHolds)
     }
     addAndRemove(12, nameAroundTheEnd<32>);
     addAndRemove(40, nameAroundTheEnd<128>);
+}
+
+TEST(BindingIndex, MovesANameBackFromTheFarthestSlot)
+{
+    constexpr unsigned FARTHEST = 15;
+    BindingIndex::Bindings bindings;
+    BindingIndex index(bindings);
+    std::vector<std::u16string> names(FARTHEST + 1);
+    const auto add = [&](const std::u16string& name) {
+        const std::uint32_t hash = index.find(name).hash;
+        index.reserve();
+        index.add({bindings.emplace(name, u"").first, hash});
+    };
+    // One for each slot in a row, and another for the first of these.
+    for (unsigned number = 0; names.back().empty(); ++number) {
+        const std::u16string name = ordinaryName(number);
+        const std::uint32_t slot = index.find(name).hash % 32;
+        if (slot < FARTHEST) {
+            names[slot].empty() ? names[slot] = name : slot == 0 ? names.back() = name : name;
+        }
+    }
+    std::ranges::for_each(names, add);
+    index.remove(index.find(names.front()));
+    bindings.erase(names.front());
+    for (unsigned number = 0; bindings.size() < names.size(); ++number) {
+        if (index.find(ordinaryName(number)).hash % 32 > FARTHEST) {
+            add(ordinaryName(number)); // the name that was added last is found in another way
+        }
+    }
+    EXPECT_EQ(index.find(names.back()).binding, bindings.find(names.back()));
 }
 
 } // namespace
