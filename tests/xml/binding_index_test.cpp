@@ -54,6 +54,23 @@ TEST(BindingIndex, FindsWhatTheMapHolds)
     addAndRemove(40, nameAroundTheEnd<128>);
 }
 
+TEST(BindingIndex, ComparesNamesAtEveryPlace)
+{
+    for (std::size_t length = 1; length <= 100; ++length) {
+        for (std::size_t place = 0; place < length; ++place) {
+            std::u16string name(length, u'n');
+            BindingIndex::Bindings bindings;
+            BindingIndex index(bindings);
+            const std::uint32_t hash = index.find(name).hash;
+            index.reserve();
+            index.add({bindings.emplace(name, u"").first, hash});
+            ASSERT_EQ(index.find(name).binding, bindings.begin());
+            name[place] = u'm';
+            ASSERT_EQ(index.find(name).binding, bindings.end()) << length << ' ' << place;
+        }
+    }
+}
+
 TEST(BindingIndex, MovesANameBackFromTheFarthestSlot)
 {
     constexpr unsigned FARTHEST = 15;
