@@ -278,32 +278,6 @@ TEST(XmlWriter, EmptiesAStringAtOnceAndInsertsIntoAStream)
     EXPECT_EQ(stream.view(), "old **new***taken");
 }
 
-TEST(XmlWriter, ConvertsOncePerBatchAtTheEndOfAPiece)
-{
-    const std::pair<std::vector<std::size_t>, std::vector<std::size_t>> cases[] = {
-        {{8192}, {}},
-        {{8192, 0}, {}},
-        {{8192, 1}, {8193}},
-        {{8193}, {8193}},
-        {{20'000}, {20'000}},
-        {{1, 8191, 5000, 3193, 8192}, {13'192, 11'385}},
-        {{8000, 200, 8192, 1, 1}, {8200, 8193}},
-    };
-    for (const auto& [pieces, batches] : cases) {
-        std::string bytes;
-        XmlWriter writer(bytes);
-        std::vector<std::size_t> received;
-        for (const std::size_t length : pieces) {
-            const std::size_t before = bytes.size();
-            writer.writeRawXml(std::u16string(length, u'a'));
-            if (bytes.size() > before) {
-                received.push_back(bytes.size() - before);
-            }
-        }
-        EXPECT_EQ(received, batches) << testing::PrintToString(pieces);
-    }
-}
-
 /// Takes bytes, and fails when told to.
 class Buffer : public std::streambuf
 {
