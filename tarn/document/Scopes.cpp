@@ -2,7 +2,10 @@
 
 #include "tarn/document/names.hpp"
 
-#include <string>
+#include <charconv>
+#include <iterator>
+#include <limits>
+#include <string_view>
 
 namespace tarn::document::detail {
 
@@ -11,11 +14,14 @@ std::size_t Scopes::bind(std::string_view uri, std::string_view wished)
     if (isFree(wished)) {
         add(uri, wished);
     } else {
-        std::string prefix;
+        constexpr int MOST_DIGITS = std::numeric_limits<decltype(generated)>::digits10 + 1;
+        char prefix[sizeof("ns") + MOST_DIGITS] = "ns";
+        std::string_view found;
         do {
-            prefix = "ns" + std::to_string(++generated);
-        } while (!isFree(prefix));
-        add(uri, prefix);
+            const auto end = std::to_chars(prefix + 2, std::end(prefix), ++generated).ptr;
+            found = {prefix, end};
+        } while (!isFree(found));
+        add(uri, found);
     }
     return bindings.size() - 1;
 }

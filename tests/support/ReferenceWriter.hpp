@@ -228,6 +228,7 @@ private:
     {
         Text candidate = preferred;
         while (candidate.empty() || used.contains(candidate)) {
+            stepsLeft.take();
             candidate = u"ns" + digitsOf(++counter);
         }
         return candidate;
