@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cassert>
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
@@ -53,6 +54,13 @@ char* put(char* out, const char (&literal)[SIZE])
     return out + SIZE - 1;
 }
 
+/// Whether assertions are on.
+#ifdef NDEBUG
+constexpr bool CHECKS_ROOM = false;
+#else
+constexpr bool CHECKS_ROOM = true;
+#endif
+
 /// Bytes in a row. There can be room after them, which is written without asking for each byte
 /// whether it fits.
 class Bytes
@@ -75,11 +83,19 @@ public:
         if (!hasRoom(length)) {
             grow(length);
         }
+        if constexpr (CHECKS_ROOM) {
+            given = length;
+        }
         return storage.get() + used;
     }
 
-    /// Takes in what has been written up to @p end.
-    void endAt(const char* end) { used = static_cast<std::size_t>(end - storage.get()); }
+    /// Takes in what has been written up to @p end, in the room that was given last.
+    void endAt(const char* end)
+    {
+        const auto length = static_cast<std::size_t>(end - storage.get());
+        assert(length - used <= given && "more was written than there was room for");
+        used = length;
+    }
 
     void write(std::string_view text) { endAt(put(room(text.size()), text)); }
 
@@ -107,6 +123,8 @@ private:
     std::unique_ptr<char[]> storage;
     std::size_t used = 0;
     std::size_t capacity = 0;
+    /// What room() was last asked for, if that is checked.
+    [[maybe_unused]] std::size_t given = 0;
 };
 
 } // namespace tarn::document::detail

@@ -9,6 +9,7 @@
 #include "tarn/xml/Sink.hpp"
 
 #include <algorithm>
+#include <cassert>
 #include <cstddef>
 #include <string>
 #include <string_view>
@@ -37,11 +38,13 @@ public:
     template <class... Pieces>
     bool writeInPlace(const Pieces&... pieces) noexcept
     {
-        if ((mostUnits(pieces) + ...) >= room()) {
+        const std::size_t most = (mostUnits(pieces) + ...);
+        if (most >= room()) {
             return false;
         }
         char16_t* out = end;
         ((out = copyPiece(pieces, out)), ...);
+        assert(static_cast<std::size_t>(out - end) <= most && "a piece is longer than it said");
         end = out;
         return true;
     }

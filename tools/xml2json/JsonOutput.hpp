@@ -1,6 +1,7 @@
 // JsonOutput: a buffer before a stream, as an output stream for RapidJSON's writers.
 #pragma once
 
+#include <cassert>
 #include <cstddef>
 #include <cstring>
 #include <memory>
@@ -23,6 +24,7 @@ public:
         if (size == SIZE) [[unlikely]] {
             push();
         }
+        assert(size < SIZE);
         buffer[size++] = byte;
     }
     /// RapidJSON calls this at the end of each outermost value, of which there can be many.
@@ -36,6 +38,7 @@ public:
         if (text.size() > SIZE) [[unlikely]] {
             write(text);
         } else {
+            assert(text.size() <= SIZE - size);
             std::memcpy(buffer.get() + size, text.data(), text.size());
             size += text.size();
         }
