@@ -68,17 +68,11 @@ void Text::setTime(long long seconds, long long nanoseconds)
     using namespace std::chrono;
     // The calendar repeats after 400 years, and its classes know 65,536 years only.
     constexpr long long SECONDS_OF_400_YEARS = 146'097LL * 86'400;
-    long long cycles = seconds / SECONDS_OF_400_YEARS;
-    long long rest = seconds % SECONDS_OF_400_YEARS;
-    if (rest < 0) {
-        --cycles;
-        rest += SECONDS_OF_400_YEARS;
-    }
-    const sys_seconds inFirstCycle{std::chrono::seconds(rest)};
-    const sys_days day = floor<days>(inFirstCycle);
+    const sys_seconds near1970{std::chrono::seconds(seconds % SECONDS_OF_400_YEARS)};
+    const sys_days day = floor<days>(near1970);
     const year_month_day date{day};
-    const hh_mm_ss time(inFirstCycle - day);
-    const long long year = static_cast<int>(date.year()) + 400 * cycles;
+    const hh_mm_ss time(near1970 - day);
+    const long long year = static_cast<int>(date.year()) + 400 * (seconds / SECONDS_OF_400_YEARS);
     // There is a year 0 in XML Schema 1.1.
     int length = std::snprintf(
         own, sizeof own, "%s%04lld-%02u-%02uT%02d:%02d:%02d", year < 0 ? "-" : "", std::abs(year),
