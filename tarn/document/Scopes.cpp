@@ -18,7 +18,7 @@ std::size_t Scopes::bind(std::string_view uri, std::string_view wished)
         char prefix[sizeof("ns") + MOST_DIGITS] = "ns";
         std::string_view found;
         do {
-            const auto end = std::to_chars(prefix + 2, std::end(prefix), ++generated).ptr;
+            const auto* const end = std::to_chars(prefix + 2, std::end(prefix), ++generated).ptr;
             found = {prefix, end};
         } while (!isFree(found));
         add(uri, found);
