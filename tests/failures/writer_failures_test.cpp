@@ -225,13 +225,16 @@ TEST(WriterFailures, OfMemoryInAConversionLoseAndDoubleNothing)
     const std::u16string batch(8192, u'\u4E2D');
     failEachAllocation([&](FailingAllocation& failure) {
         std::string target;
-        utils::XmlWriter writer(target);
-        writer = utils::XmlWriter(target); // frees what the first one had
-        writer.writeRawXml(batch);
-        failure.during([&] { writer.writeRawXml(u"."); });
-        EXPECT_EQ(target.empty(), failure.hasHappened());
-        failure.during([&] { writer.writeEndDocument(); });
-        writer.writeEndDocument();
+        std::optional<utils::XmlWriter> writer;
+        if (failure.during([&] { writer.emplace(target); })) {
+            return;
+        }
+        *writer = utils::XmlWriter(target); // frees what the first one had
+        writer->writeRawXml(batch);
+        const bool hasFailed = failure.during([&] { writer->writeRawXml(u"."); });
+        EXPECT_EQ(target.empty(), hasFailed);
+        failure.during([&] { writer->writeEndDocument(); });
+        writer->writeEndDocument();
         EXPECT_EQ(target.substr(0, 3 * batch.size()), referenceUtf8(batch));
         const std::string rest = target.substr(3 * batch.size());
         EXPECT_TRUE(rest == "." || (rest.empty() && failure.hasHappened())) << rest;
