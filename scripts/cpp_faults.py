@@ -1,7 +1,7 @@
 """The small faults that scripts/mutants puts into C++ sources.
 
 A fault replaces a few tokens of a file. Most can also be compiled into the program beside the original code,
-which is then chosen when the program runs: Source.with_choices().
+and the program chooses one of them, or none, when it runs: WithChoices.
 """
 import collections
 import re
@@ -279,8 +279,8 @@ class WithChoices:
         return False
 
     def holds_statements(self, brace):
-        return source_has(self.source, brace + 1, self.source.partner[brace], ";") or \
-            self.source.partner[brace] == brace + 1
+        end = self.source.partner[brace]
+        return end == brace + 1 or len(self.source.split(brace, ";")) > 1
 
     def place_around(self, first, end):
         """The smallest expression or statement around tokens that something else can stand for."""
@@ -310,16 +310,6 @@ class WithChoices:
                 is_condition = source.word(parent - 1) in ("if", "while") and last == source.partner[parent]
                 return begin, last, "condition" if is_condition else "expression"
         return None
-
-
-def source_has(source, begin, end, word):
-    """Whether a word is between tokens, outside brackets."""
-    index = begin
-    while index < end:
-        if source.word(index) == word:
-            return True
-        index = source.partner[index] + 1 if source.word(index) in ("(", "[", "{") else index + 1
-    return False
 
 
 def faults_of(file, source, unreachable):
