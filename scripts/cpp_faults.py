@@ -33,8 +33,7 @@ DECLARING = set("alignas asm auto bool case char class const constexpr consteval
 
 ASSIGNING = {"=", "+=", "-=", "*=", "/=", "%=", "&=", "|=", "^=", "<<=", ">>="}
 # Functions for which the order of their arguments does not matter.
-COMMUTING = re.compile(r"_mm\d*_(or|and|xor|adds?|cmpeq)_\w+|max|min")
-
+COMMUTING = re.compile(r"_mm\d*_(or|and|xor|adds?|cmpeq|min|max)_\w+|max|min|swap")
 
 
 class Source:
@@ -103,7 +102,7 @@ class Source:
         token = self.tokens[first]
         if token.kind != "word" and token.text not in ("++", "--", "*") or token.text in DECLARING:
             return None
-        if not self.is_code(first):
+        if not self.is_code(first) or self.declares(first):
             return None
         index, assigned, called = first, False, token.text in ("break", "continue", "++", "--")
         while index < len(self.tokens) and self.word(index) != ";":
@@ -117,6 +116,16 @@ class Source:
                 return None  # a type and a name
             index = self.partner[index] + 1 if text in ("(", "[", "{") else index + 1
         return index + 1 if assigned or called else None
+
+    def declares(self, first):
+        """Whether a statement begins with the type of a reference, a pointer or something from a template."""
+        index = first + 1
+        while self.word(index) not in ("=", "(", "{", "[", ".", "->", ";", ""):
+            if self.word(index) in ("&", "*", "&&", ">") and self.word(first) not in ("++", "--", "*") \
+                    and self.tokens[index + 1].kind == "word":
+                return True
+            index += 1
+        return False
 
     def order_matters(self, first, second, end):
         """Whether two statements can do something else in the other order."""

@@ -8,6 +8,7 @@
 
 #include <algorithm>
 #include <random>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -65,8 +66,12 @@ TEST(BindingIndex, ComparesNamesAtEveryPlace)
             index.reserve();
             index.add({bindings.emplace(name, u"").first, hash});
             ASSERT_EQ(index.find(name).binding, bindings.begin());
-            name[place] = u'm';
-            ASSERT_EQ(index.find(name).binding, bindings.end()) << length << ' ' << place;
+            std::set<std::uint32_t> slots;
+            for (name[place] = u'A'; name[place] <= u'Z'; ++name[place]) {
+                ASSERT_EQ(index.find(name).binding, bindings.end()) << length << ' ' << place;
+                slots.insert(index.find(name).hash % 32);
+            }
+            EXPECT_GE(slots.size(), 6) << "too many collide: " << length << ' ' << place;
         }
     }
 }

@@ -283,6 +283,7 @@ class Buffer : public std::streambuf
 {
 public:
     std::string taken;
+    std::string flushed; ///< What was taken before the last flush.
     SuccessesLeft successesLeft;
 
 protected:
@@ -291,6 +292,12 @@ protected:
         successesLeft.take();
         taken.append(bytes, static_cast<std::size_t>(count));
         return count;
+    }
+
+    int sync() override
+    {
+        flushed = taken;
+        return 0;
     }
 };
 
@@ -319,6 +326,7 @@ void checkAtRoom(const Call& form, std::size_t room, bool isToFail)
         ASSERT_EQ(difference(buffer.taken, reference.bytes), "")
             << form << " with room for " << room << (isToFail ? ", failing" : "");
     }
+    ASSERT_EQ(difference(buffer.flushed, buffer.taken), "");
 }
 
 TEST(XmlWriter, WritesTheSamePiecesAtEveryRoomThatABatchLeaves)
