@@ -59,7 +59,6 @@ void XmlWriter::Impl::writeStartDocument(const std::u16string& version)
 
 void XmlWriter::Impl::writeEndDocument()
 {
-    finishAttribute();
     while (!elementStack.empty()) {
         writeEndElement();
     }
@@ -157,7 +156,6 @@ void XmlWriter::Impl::writeElement(const std::u16string& localName,
         }
     }
     writeStartElement(localName, namespaceUri, prefix);
-    finishStartTag();
     writeValue(value);
     writeEndElement();
 }

@@ -184,7 +184,7 @@ EscapedRun escapeBySteps(const char16_t* first, const char16_t* last, char16_t* 
         out = replaceSpecials<copyExactly>(first, STEP, specialsOfStep(first), out, replacements);
         first += STEP;
     }
-    if (unread() >= STEP || left() < ESCAPING_MARGIN) {
+    if (left() < ESCAPING_MARGIN) {
         return {first, out};
     }
     const std::uint64_t specials = specialsOfTail(first, unread());

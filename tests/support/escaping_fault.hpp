@@ -62,11 +62,15 @@ inline std::string faultOfEscaping(std::u16string_view text, GuardedText& output
     return "";
 }
 
-/// The copy of values without special code units on @p text.
+/// The copy of short pieces, and that of values without special code units, on @p text.
 /// @returns what it does wrong; nothing if all is right.
 inline std::string faultOfPlainCopy(std::u16string_view text)
 {
     GuardedText output(std::u16string(text.size(), u'-'));
+    if (utils::detail::copyUnits(text, output.begin()) != output.end() || output.view() != text) {
+        return "another copy of " + shown(text);
+    }
+    std::ranges::fill(output.begin(), output.end(), u'-');
     const char16_t* const end = utils::detail::copyIfPlain(text, output.begin());
     const bool isPlain = std::ranges::none_of(
         text, [](char16_t unit) { return unit < u' ' || !plainEntity(unit).empty(); });
