@@ -211,6 +211,8 @@ TEST(BundleContainer, FindsTheEndOfAnArchive)
     const std::string directory = archive.substr(archive.rfind("PK\1\2"));
     std::string longName = archive;
     longName.replace(archive.rfind("PK\1\2") + 28, 2, bytesOf(500, 2));
+    std::string mixed64 = zip64(newBundle()); // the size of its directory needs no 64 bits
+    mixed64.replace(mixed64.size() - 10, 4, bytesOf(9, 4));
     const std::string locator = "PK\6\7" + std::string(16, '\0');
     std::vector<std::pair<std::string, std::string>> files = {
         {commented(65535, 65535), "installed {"},
@@ -229,6 +231,7 @@ TEST(BundleContainer, FindsTheEndOfAnArchive)
         // The form for 64 bits.
         {zip64(newBundle()), "installed {"},
         {zip64(newBundle()) + '~', "installed {"},
+        {mixed64 + '~', "installed {"},
         {zip64(newBundle(), 1), "the archive's directory is damaged"},
         {locator + ZIP64_END + '~', "the archive's directory is damaged"},
         {locator.substr(1) + ZIP64_END + '~', "the file holds no bundle"},

@@ -33,7 +33,6 @@ struct [[gnu::packed]] directory_end
     std::uint16_t comment_size;
 };
 
-constexpr std::uint32_t IN_LOCATOR_64 = 0xFFFFFFFF; ///< In place of a size that needs 64 bits.
 constexpr std::size_t LOCATOR_64_SIZE = 20;
 constexpr std::size_t LONGEST_COMMENT = 0xFFFF;
 
@@ -57,20 +56,19 @@ bool lies_in(const readable_file& file, std::uint64_t offset, std::uint64_t size
 }
 
 /// Whether the bytes at @p offset, which begin with the signature of an archive's end, are one:
-/// they end the file, or the directory stands before them. The signature alone is not enough, since
-/// programs that handle archives contain it.
+/// they end the file, or the directory stands before them, or the locator of an end with 64 bits
+/// does, which an archive needs for a single number that is too large. The signature alone is not
+/// enough, since programs that handle archives contain it.
 bool is_directory_end(const readable_file& file, std::uint64_t offset, const directory_end& end)
 {
     const std::uint64_t behind = file.size() - offset - sizeof end;
     if (end.comment_size >= behind) {
         return end.comment_size == behind;
     }
-    if (end.directory_size == IN_LOCATOR_64) {
-        return offset >= LOCATOR_64_SIZE &&
-               stands_at(file, offset - LOCATOR_64_SIZE, DIRECTORY_END_LOCATOR_64);
-    }
-    return end.directory_size <= offset &&
-           stands_at(file, offset - end.directory_size, DIRECTORY_ENTRY);
+    return (offset >= LOCATOR_64_SIZE &&
+            stands_at(file, offset - LOCATOR_64_SIZE, DIRECTORY_END_LOCATOR_64)) ||
+           (end.directory_size <= offset &&
+            stands_at(file, offset - end.directory_size, DIRECTORY_ENTRY));
 }
 
 /// Finds the last end of an archive's directory and returns where it ends, without the comment that
