@@ -41,8 +41,8 @@ TEST(Converter, ReplacesOrReportsEachUnpairedSurrogate)
         {u"\xD800\xD800", "\uFFFD\uFFFD", "0"},
         {u"\U0001F600\xDC00", "\U0001F600\uFFFD", "2"},
         {u"\xD800\U0001F600", "\uFFFD\U0001F600", "0"},
-        {std::u16string(100, u'x') + u"\xDFFF" + std::u16string(100, u'y'),
-         std::string(100, 'x') + "\uFFFD" + std::string(100, 'y'), "100"},
+        {std::u16string(70'000, u'x') + u"\xDFFF" + std::u16string(100, u'y'),
+         std::string(70'000, 'x') + "\uFFFD" + std::string(100, 'y'), "70000"},
     };
     for (const auto& [text, replaced, position] : cases) {
         EXPECT_EQ(convert(text, true), replaced);

@@ -28,11 +28,12 @@ int errorOfClose = 0;
 int errorOfFsync = 0;
 int errorOfRename = 0;
 int errorOfWrite = 0;
-int signalAfterMkostemp = 0;
+int signalAfterMkostemp = 0; // 0 is none
+int signalBeforeRename = 0;
 std::size_t mostPerWrite = SSIZE_MAX;
 
-/// What fsync() has been called for: `file` or `directory`.
-std::vector<std::string> synced;
+/// What fsync() has been called for, `file` or `directory`, and `rename` for rename().
+std::vector<std::string> steps;
 
 int failOnce(int& error)
 {
@@ -50,6 +51,7 @@ extern "C" {
 int close(int descriptor)
 {
     const auto result = static_cast<int>(::syscall(SYS_close, descriptor));
+    EXPECT_EQ(result, 0) << "must not be closed twice";
     return errorOfClose != 0 ? failOnce(errorOfClose) : result;
 }
 
@@ -57,7 +59,7 @@ int fsync(int descriptor)
 {
     struct stat file = {};
     ::fstat(descriptor, &file);
-    synced.push_back(S_ISDIR(file.st_mode) ? "directory" : "file");
+    steps.push_back(S_ISDIR(file.st_mode) ? "directory" : "file");
     return errorOfFsync != 0 ? failOnce(errorOfFsync)
                              : static_cast<int>(::syscall(SYS_fsync, descriptor));
 }
@@ -71,6 +73,8 @@ ssize_t write(int descriptor, const void* bytes, std::size_t size)
 
 int rename(const char* from, const char* to)
 {
+    steps.emplace_back("rename");
+    std::raise(signalBeforeRename);
     return errorOfRename != 0 ? failOnce(errorOfRename)
                               : static_cast<int>(::syscall(SYS_rename, from, to));
 }
@@ -78,9 +82,7 @@ int rename(const char* from, const char* to)
 int mkostemp(char* path, int flags)
 {
     const int descriptor = ::mkostemps(path, 0, flags);
-    if (signalAfterMkostemp != 0) {
-        std::raise(signalAfterMkostemp);
-    }
+    std::raise(signalAfterMkostemp);
     return descriptor;
 }
 }
@@ -139,6 +141,7 @@ TEST(OutputFile, KeepsWhatAnOrdinaryUserMayNotReplace)
     std::filesystem::create_directory(directory / "fixed");
     std::filesystem::create_directory(directory / "closed");
     std::filesystem::create_symlink("loop", directory / "loop");
+    std::filesystem::create_symlink("fresh", directory / "link");
     for (const std::string name : {"old", "read-only", "fixed/old", "closed/old"}) {
         writeFile(directory / name, "old");
         ::chmod((directory / name).c_str(), name == "read-only" ? 0444 : 0666);
@@ -149,6 +152,7 @@ TEST(OutputFile, KeepsWhatAnOrdinaryUserMayNotReplace)
     const std::pair<std::string, int> cases[] = {
         {"old", 0},
         {"new", 0},
+        {"link", 0},
         {"read-only", EACCES},
         {"fixed/old", EACCES},
         {"fixed/new", EACCES},
@@ -166,7 +170,7 @@ TEST(OutputFile, KeepsWhatAnOrdinaryUserMayNotReplace)
     }
     ::chmod((directory / "closed").c_str(), 0777);
     EXPECT_THAT(directory.names(),
-                ElementsAre("closed", "fixed", "loop", "new", "old", "read-only"));
+                ElementsAre("closed", "fixed", "fresh", "link", "loop", "new", "old", "read-only"));
     for (const std::string name : {"read-only", "fixed/old", "closed/old"}) {
         EXPECT_EQ(readFile(directory / name), "old") << name;
     }
@@ -239,11 +243,13 @@ TEST(OutputFile, WritesTheFileToDiskAndThenItsName)
     const Directory directory;
     const std::filesystem::path before = std::filesystem::current_path();
     std::filesystem::current_path(directory / "");
+    const mode_t mask = ::umask(022);
     for (const std::string& path : {directory / "file.xml", std::string("file.xml")}) {
-        synced.clear();
+        steps.clear();
         EXPECT_EQ(replace(path), 0);
-        EXPECT_THAT(synced, ElementsAre("file", "directory")) << path;
+        EXPECT_THAT(steps, ElementsAre("file", "rename", "directory")) << path;
     }
+    EXPECT_EQ(::umask(mask), 022u);
     std::filesystem::current_path(before);
 }
 
@@ -258,15 +264,16 @@ TEST(OutputFile, WritesNothingAgainThatCouldNotBeWritten)
     EXPECT_EQ(readFile(directory / "file.xml"), "");
 }
 
-TEST(OutputFileDeathTest, RemovesTheFileIfASignalComesAsSoonAsItExists)
+TEST(OutputFileDeathTest, RemovesTheFileIfASignalComesAsSoonAsItExistsOrBeforeItHasItsName)
 {
-    for (const int signal : {SIGINT, SIGQUIT, SIGRTMIN}) {
+    for (const auto& [signal, moment] : {std::pair(SIGINT, &signalAfterMkostemp),
+                                         {SIGQUIT, &signalAfterMkostemp},
+                                         {SIGRTMIN, &signalBeforeRename}}) {
         const Directory directory;
         std::signal(signal, SIG_DFL); // a shell ignores some for what it runs in the background
-        signalAfterMkostemp = signal;
-        EXPECT_EXIT(OutputFile(directory / "file.xml", "program"), testing::KilledBySignal(signal),
-                    "");
-        signalAfterMkostemp = 0;
+        *moment = signal;
+        EXPECT_EXIT(replace(directory / "file.xml"), testing::KilledBySignal(signal), "");
+        *moment = 0;
         EXPECT_THAT(directory.names(), IsEmpty()) << signal;
     }
 }

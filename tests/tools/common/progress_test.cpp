@@ -16,13 +16,14 @@ using tarn::tools::Progress;
 TEST(Progress, ShowsHowFarALongConversionIsAndNothingOfAShortOne)
 {
     using Reports = std::vector<std::pair<std::uint64_t, std::chrono::milliseconds>>;
+    constexpr std::uint64_t BIG = 20'000'000'000;
     const std::string start = "\r\033[K";
     const std::string half = start + "[####################                    ] 50 %";
     const std::string all = start + "[########################################] 100 %";
     const std::tuple<std::optional<std::uint64_t>, Reports, std::string> cases[] = {
         {200, {{0, 0ms}, {100, 999ms}}, ""},
         {200, {{0, 0ms}, {100, 1000ms}, {200, 1099ms}}, half + start},
-        {200, {{100, 1100ms}, {150, 1199ms}, {200, 1200ms}}, half + all + start},
+        {BIG, {{BIG / 2, 1100ms}, {BIG, 1199ms}, {BIG, 1200ms}}, half + all + start},
         {50, {{100, 1000ms}}, all + start},
         {0, {{0, 1000ms}}, all + start},
         {std::nullopt,

@@ -3,7 +3,6 @@
 #include "tools/common/run_program.hpp"
 #include "tools/json2xml/json_outline.hpp"
 
-#include <filesystem>
 #include <fstream>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -116,7 +115,7 @@ TEST(Conversion, TakesEveryCharacterAtEveryPlaceOfAString)
                       {"\uFFFF", "\uFFFD"},
                       {"\U00010000", "\U00010000"}};
     const std::size_t lengths[] = {0,  1,   7,   8,   15,  16,  17,  31,
-                                   32, 250, 253, 254, 255, 256, 257, 300};
+                                   32, 250, 253, 254, 255, 256, 257, 70'000};
     std::string json = "[0";
     std::string xml;
     for (const auto& character : characters) {
@@ -143,14 +142,14 @@ TEST(Conversion, EscapesWhatXmlCannotHold)
         bool isEscaped;
     } cases[] = {
         {R"( ~\"\/\u00e9\ud7ff\uFFFD\uE000)", " ~&quot;/\u00E9\uD7FF\uFFFD\uE000", false},
-        {R"(\u0000\u001F\u007f\u0080\u009F\u00a0)",
-         R"(\u0000\u001F\u007F\u0080\u009F)"
+        {R"(\u0000\u001F\u007f\u0080\u008a\u009F\u00a0)",
+         R"(\u0000\u001F\u007F\u0080\u008A\u009F)"
          "\u00A0",
          true},
         {"\x7F\u0080\uFFFE\uFFFF", R"(\u007F\u0080\uFFFE\uFFFF)", true},
         {R"(\b\t\n\f\r\\a)", R"(\b\t\n\f\r\\a)", true},
         {R"(\ud83d\ude00)", "\U0001F600", false},
-        {R"(\ude00\ud83d)", R"(\uDE00\uD83D)", true},
+        {R"(\udcba\ud945\ud867)", R"(\uDCBA\uD945\uD867)", true},
         {R"(\ud83d\ud83d\ude00\u0000\udc00)", "\\uD83D\U0001F600\\u0000\\uDC00", true},
         {R"(\ud83d\u005cude00)", R"(\uD83D\\ude00)", true},
     };
@@ -258,22 +257,6 @@ TEST(Conversion, FindsFaultsAcrossTheEndOfABlock)
         EXPECT_EQ(run({}, blanks + "\"\xF0\x9F\x98z\"").error,
                   "json2xml: <stdin>:1:" + column + ": ill-formed UTF-8\n");
     }
-}
-
-TEST(Conversion, ConvertsRealFiles)
-{
-    std::size_t files = 0;
-    for (const auto& entry : std::filesystem::directory_iterator("/usr/share/iso-codes/json")) {
-        if (entry.path().extension() == ".json") {
-            ++files;
-            const Result result = run({entry.path()});
-            EXPECT_EQ(result.error, "") << entry.path();
-            EXPECT_EQ(
-                difference(outlineOfXml(result.output), outlineOfJson(readFile(entry.path()))), "")
-                << entry.path();
-        }
-    }
-    EXPECT_GT(files, 0u);
 }
 
 TEST(Conversion, SaysWhatIsWrongAndWhere)

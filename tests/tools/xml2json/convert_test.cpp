@@ -111,8 +111,8 @@ TEST(Conversion, WritesOneValueForEachElement)
         {array("<number> +005 </number><number>-.50</number><number>23.</number>"
                "<number>+1e6</number><number>0.0000015</number><number>+1e-6</number>"
                "<number>-01.5e-7</number><number>-00e1</number><number>+1e-999</number>"
-               "<number>+999999.5</number><number>00.1</number>"),
-         "[5,-0.5,23,1.0E6,0.0000015,0.000001,-1.5E-7,-0,0,999999.5,0.1]"},
+               "<number>+999999.4999999999</number><number>00.1</number>"),
+         "[5,-0.5,23,1.0E6,0.0000015,0.000001,-1.5E-7,-0,0,999999.4999999999,0.1]"},
     };
     for (const auto& [xml, json] : cases) {
         const Result result = run({}, xml);
@@ -131,8 +131,8 @@ TEST(Conversion, EscapesStringsAndKeys)
     } cases[] = {
         {"", "\"\\/&amp;&lt;'&#9;&#10;&#13;", R"(\"\\\/&<'\t\n\r)"},
         {"false", R"(\n\u0041)", R"(\\n\\u0041)"},
-        {"0", "\x7F\u0080\u009F\u00A0\u00C2\U0001F600",
-         "\\u007F\\u0080\\u009F\u00A0\u00C2\U0001F600"},
+        {"0", "\x7F\u0080\u0091\u0084\u009F\u00A0\u00C2\U0001F600",
+         "\\u007F\\u0080\\u0091\\u0084\\u009F\u00A0\u00C2\U0001F600"},
         {"true", R"(\\\/\b\f\n\r\t\u09af\uAFaf\ud83d\ude00\ud800\u0000\&quot;)",
          R"(\\\/\b\f\n\r\t\u09af\uAFaf\ud83d\ude00\ud800\u0000\")"},
         {"1", "&quot;/&#9;&#10;&#13;\x7F\u0085\\\\/", R"(\"\/\t\n\r\u007F\u0085\\\/)"},
@@ -205,7 +205,7 @@ TEST(Conversion, WritesMoreThanItsBufferHolds)
         json += ",\"\"";
     }
     for (const char letter : {'a', 'b', 'c'}) {
-        const std::string key(100'000, letter);
+        const std::string key(letter == 'b' ? 200'000 : 100'000, letter);
         xml += "<map><null key='" + key + "'/></map>";
         json += ",{\"" + key + "\":null}";
     }
@@ -239,6 +239,7 @@ TEST(Conversion, ComparesKeysWithoutTheirEscapes)
         {"key='a'", "key='b'"},
         {"key='\\n'", "escaped-key='1' key='\\n'"},
         {"escaped-key='1' key='\\ud83d'", "escaped-key='1' key='\\ude00'"},
+        {"escaped-key='1' key='\\u00001234567a'", "escaped-key='1' key='\\u00001234567b'"},
     };
     for (const auto& [first, second] : different) {
         EXPECT_EQ(run({}, members(first, second)).error, "") << first << second;
@@ -329,7 +330,7 @@ TEST(Conversion, SaysWhatIsWrongAndWhere)
         {array("<![CDATA[ ").substr(0, 109), "1:110: the input ends inside a CDATA section"},
         {array("</map>"), "1:107: Opening and ending tag mismatch: array line 1 and map"},
         {array("") + "\n x", "2:2: Extra content at the end of the document"},
-        {array("&e;"), "1:104: Entity 'e' not defined"},
+        {array(std::string(BLOCK_SIZE, ' ') + "&e;"), "1:65640: Entity 'e' not defined"},
         {"<p:array/>", "1:9: Namespace prefix p on array is not defined"},
         {array("<null p:a=''/>"), "1:113: Namespace prefix p for a on null is not defined"},
         // Document types.
@@ -348,7 +349,7 @@ TEST(Conversion, SaysWhatIsWrongAndWhere)
         // Attributes.
         {array("<null key='a'/>"), "1:101: a key in an array, at null"},
         {array("<null escaped-key='0'/>"), "1:101: a key in an array, at null"},
-        {map("<null/>"), "1:101: null in a map has no key"},
+        {map("<map key='a'><null/></map>"), "1:114: null in a map has no key"},
         {map("<null escaped-key='0'/>"), "1:101: null in a map has no key"},
         {map("<null key='' yek=''/>"), "1:101: null cannot have the attribute 'yek'"},
         {map("<null key='' p:key='' xmlns:p='" + NAMESPACE + "'/>"),
@@ -439,26 +440,11 @@ TEST(Conversion, LimitsTheSizeOfANumber)
 
 TEST(Conversion, RefusesWhatIsNoFiniteNumber)
 {
-    for (const std::string text : {"",
-                                   " ",
-                                   "-",
-                                   ".",
-                                   "1e",
-                                   "1e+",
-                                   "e1",
-                                   "1 2",
-                                   "1<!-- --> 2",
-                                   "1 <!-- -->2",
-                                   "1 <![CDATA[]]>2",
-                                   "0x1",
-                                   "1d",
-                                   "INF",
-                                   "-INF",
-                                   "NaN",
-                                   "+1e999",
-                                   "-01e400",
-                                   "1.2.3",
-                                   "--1"}) {
+    for (const std::string text :
+         {"",      " ",    "-",           ".",           "1e",
+          "1e+",   "e1",   "1 2",         "0x1",         "1d",
+          "INF",   "-INF", "NaN",         "+1e999",      "-01e400",
+          "1.2.3", "--1",  "1<!-- --> 2", "1 <!-- -->2", "1 <![CDATA[]]>2"}) {
         EXPECT_EQ(run({}, array("<number>" + text + "</number>")).status, 1) << text;
     }
 }
