@@ -8,9 +8,11 @@
 #include <tarn/services/BundleContainer.hpp>
 
 #include <algorithm>
+#include <cerrno>
 #include <cstdint>
 #include <cstring>
 #include <elf.h>
+#include <fcntl.h>
 #include <filesystem>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -18,6 +20,7 @@
 #include <stdexcept>
 #include <string>
 #include <sys/stat.h>
+#include <sys/syscall.h>
 #include <thread>
 #include <unistd.h>
 #include <vector>
@@ -25,6 +28,8 @@
 namespace tarn::tests {
 
 namespace {
+
+int readsUntilError = -1; // negative if none fails
 
 using cppmicroservices::Bundle;
 using testing::ElementsAre;
@@ -63,6 +68,7 @@ std::vector<std::string> namesOf(const std::vector<Bundle>& bundles)
 /// What is said when @p path is refused.
 std::string refusal(const auto& path)
 {
+    errno = ENOMEM; // of something before, which does not count
     try {
         const std::vector<std::string> names = namesOf(install(path));
         return "installed " + testing::PrintToString(names) + ": " + std::to_string(names.size());
@@ -197,6 +203,7 @@ TEST(BundleContainer, FindsTheSectionOfAnObjectFile)
              +[](ObjectTables& tables) { tables.section.sh_type = SHT_NULL; },
              +[](ObjectTables& tables) { tables.section.sh_offset = BEYOND; },
              +[](ObjectTables& tables) { tables.section.sh_size = BEYOND; },
+             +[](ObjectTables& tables) { tables.section.sh_size = 500; },
              +[](ObjectTables& tables) { tables.section.sh_name = 0xFFFF; },
              +[](ObjectTables& tables) { tables.names.sh_offset = BEYOND; },
          }) {
@@ -415,6 +422,7 @@ TEST(BundleContainer, SaysWhatIsWrongWithAFile)
         {withManifest(R"({"bundle.symbolic_name":7})"), "no bundle.symbolic_name"},
         {withManifest(R"({"bundle.symbolic_name":{"a":"x"}})"), "no bundle.symbolic_name"},
         {withManifest(R"({"bundle.symbolic_name":"a","BUNDLE.Version":1})"), "is not a string"},
+        {withManifest(R"({"bundle.symbolic_name":"a","bundle.version":["1"]})"), "is not a string"},
         {withManifest(R"({"bundle.symbolic_name":"x","other":"a","bundle.version":"1\u0000x"})"),
          "refused/manifest.json: \"1"},
     };
@@ -457,10 +465,15 @@ TEST(BundleContainer, ComparesVersionsInFull)
 {
     const Directory directory;
     const std::tuple<std::string, std::string, std::string> cases[] = {
-        {"1", "1.0.0", "already"},           {"2.3", "2.3.0", "already"},
-        {"0", "0.0.0", "already"},           {"1.2.3.q", "1.2.3.q", "already"},
-        {"1.2.3", "1.2.4", "installed {"},   {"1.2.3", "1.65538.3", "installed {"},
-        {"1.2.3", "1.2.3.a", "installed {"}, {"1.2.3.0aAzZ9_-", "1.2.3.0aAzZ9-_", "installed {"},
+        {"1", "1.0.0", "already"},
+        {"2.3", "2.3.0", "already"},
+        {"0", "0.0.0", "already"},
+        {"1.2.3.q", "1.2.3.q", "already"},
+        {"1.2.3", "1.2.4", "installed {"},
+        {"1.2.3", "1.65538.3", "installed {"},
+        {"1.2.3", "2.2.3", "installed {"},
+        {"1.2.3", "1.2.3.a", "installed {"},
+        {"1.2.3.0aAzZ9_-", "1.2.3.0aAzZ9-_", "installed {"},
     };
     for (const auto& [first, second, outcome] : cases) {
         const std::string name = "versions-" + std::to_string(&first - &std::get<0>(cases[0]));
@@ -570,6 +583,24 @@ TEST(BundleContainer, TakesPathsOfEveryKindAndRefusesWhatIsNone)
     ::close(unused);
 }
 
+TEST(BundleContainer, SaysThatAFileCannotBeReadToTheEnd)
+{
+    const Directory directory;
+    writeFile(directory / "file", newBundle());
+    writeFile(directory / "short", "P");
+    std::string said;
+    int reads = 0;
+    for (readsUntilError = 0; !said.starts_with("installed {"); readsUntilError = ++reads) {
+        said = refusal(directory / "file");
+        EXPECT_TRUE(said.starts_with("installed {") ||
+                    said == directory / "file: " + std::strerror(EIO))
+            << said;
+    }
+    EXPECT_GT(reads, 3);
+    EXPECT_THAT(refusal(directory / "short"), EndsWith("the file holds no bundle"));
+    readsUntilError = -1;
+}
+
 TEST(BundleContainer, SaysWhatItMayNotRead)
 {
     const Directory directory;
@@ -634,5 +665,22 @@ TEST(Bundle, SaysThatItIsInvalid)
 }
 
 } // namespace
+
+/// Gives only a part. While a read is to fail, every other one before it is interrupted.
+extern "C" [[gnu::visibility("default")]] ssize_t pread(int file, void* bytes, std::size_t size,
+                                                        off_t offset)
+{
+    EXPECT_NE(::fcntl(file, F_GETFD) & FD_CLOEXEC, 0) << "programs that are started get the file";
+    static bool isInterrupted = false;
+    if (readsUntilError >= 0) {
+        isInterrupted = !isInterrupted;
+        errno = readsUntilError == 0 ? EIO : EINTR;
+        if (readsUntilError == 0 || isInterrupted) {
+            return -1;
+        }
+        --readsUntilError;
+    }
+    return ::syscall(SYS_pread64, file, bytes, std::min<std::size_t>(size, 1000), offset);
+}
 
 } // namespace tarn::tests

@@ -117,7 +117,6 @@ private:
             awaited->is_string = is_string;
             awaited->text = text;
         }
-        awaited = nullptr;
         return true;
     }
     bool enter()

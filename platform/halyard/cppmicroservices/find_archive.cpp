@@ -123,7 +123,7 @@ std::optional<object_layout> read_object_layout(const readable_file& file)
     const Elf64_Shdr& names = sections[header.e_shstrndx];
     object_layout layout{std::nullopt, header.e_shoff + table_size};
     for (const Elf64_Shdr& section : sections) {
-        if (section.sh_type == SHT_NULL || section.sh_type == SHT_NOBITS ||
+        if (section.sh_type == SHT_NULL || section.sh_type == SHT_NOBITS || section.sh_size == 0 ||
             !lies_in(file, section.sh_offset, section.sh_size)) {
             continue;
         }
@@ -131,7 +131,7 @@ std::optional<object_layout> read_object_layout(const readable_file& file)
         char name[sizeof RESOURCE_SECTION];
         if (lies_in(file, names.sh_offset, section.sh_name + sizeof name) &&
             read_record(file, names.sh_offset + section.sh_name, name) &&
-            std::memcmp(name, RESOURCE_SECTION, sizeof name) == 0 && section.sh_size > 0) {
+            std::memcmp(name, RESOURCE_SECTION, sizeof name) == 0) {
             layout.resources = {section.sh_offset, section.sh_offset + section.sh_size};
         }
     }

@@ -16,7 +16,7 @@ readable_file::readable_file(const std::string& path)
     : readable_file(path, ::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK))
 {
     struct stat status;
-    if (descriptor < 0 || ::fstat(descriptor, &status) != 0) {
+    if (descriptor == -1 || ::fstat(descriptor, &status) != 0) {
         tarn::common::throwSystemError(path);
     }
     if (!S_ISREG(status.st_mode)) {
@@ -28,7 +28,7 @@ readable_file::readable_file(const std::string& path)
 
 readable_file::~readable_file()
 {
-    if (descriptor >= 0) {
+    if (descriptor != -1) {
         ::close(descriptor);
     }
 }
