@@ -14,8 +14,8 @@ bool AttributeNames::isThere(std::uint64_t hash, std::size_t space, std::string_
     if (names.size() <= FEW) {
         return std::ranges::any_of(names, isSame);
     }
-    for (; indexed < names.size(); ++indexed) {
-        index.add(names[indexed].hash);
+    while (index.size() < names.size()) {
+        index.add(names[index.size()].hash);
     }
     return index.find(hash, [&](std::size_t name) { return isSame(names[name]); }) !=
            StackIndex::NONE;

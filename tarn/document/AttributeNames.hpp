@@ -19,8 +19,7 @@ public:
     bool add(std::size_t space, std::string_view localName)
     {
         const std::uint64_t hash = hashOf(localName, space);
-        constexpr unsigned BITS = 6; // which number the bits of `seen`
-        const std::uint64_t bit = std::uint64_t{1} << (hash >> (64 - BITS));
+        const std::uint64_t bit = std::uint64_t{1} << hash % 64;
         if ((seen & bit) != 0 && isThere(hash, space, localName)) {
             return false;
         }
@@ -40,10 +39,7 @@ public:
         names.clear();
         characters.shrinkTo(0);
         seen = 0;
-        if (indexed != 0) {
-            index.shrinkTo(0);
-            indexed = 0;
-        }
+        index.shrinkTo(0);
     }
 
 private:
@@ -59,11 +55,10 @@ private:
 
     std::vector<Name> names;
     Bytes characters;
-    /// A bit for each hash that there is, by its upper bits.
+    /// A bit for each hash that there is, by its lower bits.
     std::uint64_t seen = 0;
     /// Of the first so many names.
     StackIndex index;
-    std::size_t indexed = 0;
 };
 
 } // namespace tarn::document::detail

@@ -50,8 +50,9 @@ inline char* put(char* out, std::string_view text)
 template <std::size_t SIZE>
 char* put(char* out, const char (&literal)[SIZE])
 {
-    std::memcpy(out, literal, SIZE - 1);
-    return out + SIZE - 1;
+    constexpr std::size_t LENGTH = SIZE - 1; // without NUL
+    std::memcpy(out, literal, LENGTH);
+    return out + LENGTH;
 }
 
 /// Whether assertions are on.

@@ -26,27 +26,28 @@ void Document::Impl::doctype(const Name& name, std::string_view publicId, std::s
     }
     requireIdentifiers(publicId, systemId);
     value.assign(systemId, Unrepresentable::refuse);
-    Change change(*this);
-    beginLine();
-    output.write("<!DOCTYPE ");
-    output.write(name.localName());
-    if (!publicId.empty()) {
-        output.write(" PUBLIC \"");
-        output.write(publicId);
-        output.write("\"");
-    } else if (!systemId.empty()) {
-        output.write(" SYSTEM");
-    }
-    if (!systemId.empty()) {
-        const std::string_view quote = systemId.find('"') == std::string_view::npos ? "\"" : "'";
-        output.write(" ");
-        output.write(quote);
-        output.write(systemId);
-        output.write(quote);
-    }
-    output.write(">");
-    hasDoctype = true;
-    change.succeed();
+    change([&] {
+        beginLine();
+        output.write("<!DOCTYPE ");
+        output.write(name.localName());
+        if (!publicId.empty()) {
+            output.write(" PUBLIC \"");
+            output.write(publicId);
+            output.write("\"");
+        } else if (!systemId.empty()) {
+            output.write(" SYSTEM");
+        }
+        if (!systemId.empty()) {
+            const std::string_view quote =
+                systemId.find('"') == std::string_view::npos ? "\"" : "'";
+            output.write(" ");
+            output.write(quote);
+            output.write(systemId);
+            output.write(quote);
+        }
+        output.write(">");
+        hasDoctype = true;
+    });
 }
 
 void Document::Impl::comment(const Text& text)
@@ -54,18 +55,14 @@ void Document::Impl::comment(const Text& text)
     requireOutsideRoot("comment");
     value.assign(text, options.unrepresentable);
     requireComment(value.bytes());
-    Change change(*this);
-    writeComment();
-    change.succeed();
+    change([&] { writeComment(); });
 }
 
 void Document::Impl::instruction(const Name& target, const Text& data)
 {
     requireOutsideRoot("instruction");
     requireInstruction(target, data);
-    Change change(*this);
-    writeInstruction(target);
-    change.succeed();
+    change([&] { writeInstruction(target); });
 }
 
 std::uint64_t Document::Impl::root(const Name& name)
@@ -75,19 +72,17 @@ std::uint64_t Document::Impl::root(const Name& name)
         throw Refusal{"the document has a root already"};
     }
     requireName(name, spaceOf(name));
-    Change change(*this);
-    stage = Stage::InRoot;
-    startElement(name, spaceOf(name));
-    change.succeed();
+    change([&] {
+        stage = Stage::InRoot;
+        startElement(name, spaceOf(name));
+    });
     return open.back().number;
 }
 
 void Document::Impl::flush()
 {
     requireUsable();
-    Change change(*this);
-    output.flush();
-    change.succeed();
+    change([&] { output.flush(); });
 }
 
 void Document::Impl::finish()
@@ -99,12 +94,12 @@ void Document::Impl::finish()
     if (stage == Stage::BeforeRoot) {
         throw Refusal{"there is no root element"};
     }
-    Change change(*this);
-    while (!open.empty()) {
-        endInnermost();
-    }
-    output.complete();
-    change.succeed();
+    change([&] {
+        while (!open.empty()) {
+            endInnermost();
+        }
+        output.complete();
+    });
     stage = Stage::Finished;
 }
 

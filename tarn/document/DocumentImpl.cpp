@@ -35,7 +35,7 @@ std::string Document::Impl::pathTo(const Place& place)
         path += prefix;
         path += prefix.empty() ? "" : ":";
         path += place.name->localName();
-    } else if (path.size() > 1) {
+    } else if (!path.empty()) {
         path.pop_back();
     }
     return path.empty() ? "/" : path;

@@ -98,13 +98,13 @@ private:
         /// Where its qualified name is in `names`.
         std::size_t nameBegin;
         std::size_t nameLength;
+        /// Whether nothing may be added in it to lay it out.
+        bool isMixed;
+        bool hasPrefix;
         /// Whether its start tag has ended.
         bool hasContent = false;
-        /// Whether nothing may be added in it to lay it out.
-        bool isMixed = false;
         /// Whether the last thing in it stands on a line of its own.
         bool endsWithLine = false;
-        bool hasPrefix = false;
         /// Whether it declares anything.
         bool hasScope = false;
         bool declaresDefault = false;
@@ -125,30 +125,18 @@ private:
     /// number of their binding.
     static constexpr std::size_t NO_PREFIX = detail::Scopes::NOT_BOUND - 1;
 
-    /// The second half of an operation. If it does not succeed, the document is broken off.
-    class Change
+    /// Runs the second half of an operation. If it does not succeed, the document is broken off.
+    template <class Half>
+    void change(Half half)
     {
-    public:
-        explicit Change(Impl& document) : document(document) {}
-        ~Change()
-        {
-            if (!hasSucceeded) {
-                document.stage = Stage::BrokenOff;
-            }
+        try {
+            half();
+            output.passOnIfFull();
+        } catch (...) {
+            stage = Stage::BrokenOff;
+            throw;
         }
-        Change(const Change&) = delete;
-        Change& operator=(const Change&) = delete;
-
-        void succeed()
-        {
-            document.output.passOnIfFull();
-            hasSucceeded = true;
-        }
-
-    private:
-        Impl& document;
-        bool hasSucceeded = false;
-    };
+    }
 
     [[noreturn]] void throwError(const Place& place, const detail::Refusal& refusal);
     std::string pathTo(const Place& place);

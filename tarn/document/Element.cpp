@@ -47,11 +47,11 @@ void Document::Impl::declare(Handle element, const Namespace& space)
         (!open[element.depth].hasPrefix || open[element.depth].declaresDefault)) {
         throw Refusal{"the default namespace of this element is another"};
     }
-    Change change(*this);
-    if (isNew) {
-        writeDeclaration(prefixOf(bringIntoScope(name)), space.uri());
-    }
-    change.succeed();
+    change([&] {
+        if (isNew) {
+            writeDeclaration(prefixOf(bringIntoScope(name)), space.uri());
+        }
+    });
 }
 
 void Document::Impl::attribute(Handle element, const Name& name, const Text& text)
@@ -76,12 +76,12 @@ void Document::Impl::attribute(Handle element, const Name& name, const Text& tex
     if (space == Scopes::NOT_BOUND) {
         // The first attribute in a namespace that is not in scope is the only one of its name.
         value.assign(text, options.unrepresentable);
-        Change change(*this);
-        space = bringIntoScope(name);
-        writeDeclaration(prefixOf(space), name.uri());
-        attributeNames.add(space, name.localName());
-        writeAttribute(space, name);
-        change.succeed();
+        change([&] {
+            space = bringIntoScope(name);
+            writeDeclaration(prefixOf(space), name.uri());
+            attributeNames.add(space, name.localName());
+            writeAttribute(space, name);
+        });
         return;
     }
     char* const end = Value::putIfPlain(putAttributeStart(space, name), text);
@@ -91,13 +91,13 @@ void Document::Impl::attribute(Handle element, const Name& name, const Text& tex
     if (!attributeNames.add(space, name.localName())) {
         throw Refusal{"the element has this attribute already"};
     }
-    Change change(*this);
-    if (end != nullptr) {
-        output.endAt(put(end, "\""));
-    } else {
-        writeAttribute(space, name);
-    }
-    change.succeed();
+    change([&] {
+        if (end != nullptr) {
+            output.endAt(put(end, "\""));
+        } else {
+            writeAttribute(space, name);
+        }
+    });
 }
 
 void Document::Impl::text(Handle element, const Text& text)
@@ -109,19 +109,19 @@ void Document::Impl::text(Handle element, const Text& text)
         *out = '>';
         char* const end = Value::putIfPlain(innermost.hasContent ? out : out + 1, text);
         if (end != nullptr) {
-            Change change(*this);
-            output.endAt(end);
-            beginContentAsWritten();
-            innermost.isMixed = true;
-            change.succeed();
+            change([&] {
+                output.endAt(end);
+                beginContentAsWritten();
+                innermost.isMixed = true;
+            });
             return;
         }
     }
     value.assign(text, options.unrepresentable);
-    Change change(*this);
-    beginMixed(element.depth);
-    writeValue(IN_TEXT);
-    change.succeed();
+    change([&] {
+        beginMixed(element.depth);
+        writeValue(IN_TEXT);
+    });
 }
 
 void Document::Impl::base64(Handle element, const void* data, std::size_t size)
@@ -130,23 +130,23 @@ void Document::Impl::base64(Handle element, const void* data, std::size_t size)
     if (data == nullptr && size != 0) {
         throw Refusal{"the data is a null pointer"};
     }
-    Change change(*this);
-    if (!isInnermost(element) || !open.back().isInBase64) {
-        beginMixed(element.depth);
-        open.back().isInBase64 = true;
-    }
-    writeBase64(static_cast<const unsigned char*>(data), size);
-    change.succeed();
+    change([&] {
+        if (!isInnermost(element) || !open.back().isInBase64) {
+            beginMixed(element.depth);
+            open.back().isInBase64 = true;
+        }
+        writeBase64(static_cast<const unsigned char*>(data), size);
+    });
 }
 
 void Document::Impl::cdata(Handle element, const Text& text)
 {
     requireOpen(element);
     value.assign(text, options.unrepresentable);
-    Change change(*this);
-    beginMixed(element.depth);
-    writeCdata();
-    change.succeed();
+    change([&] {
+        beginMixed(element.depth);
+        writeCdata();
+    });
 }
 
 void Document::Impl::comment(Handle element, const Text& text)
@@ -154,29 +154,29 @@ void Document::Impl::comment(Handle element, const Text& text)
     requireOpen(element);
     value.assign(text, options.unrepresentable);
     requireComment(value.bytes());
-    Change change(*this);
-    beginContent(element.depth);
-    writeComment();
-    change.succeed();
+    change([&] {
+        beginContent(element.depth);
+        writeComment();
+    });
 }
 
 void Document::Impl::instruction(Handle element, const Name& target, const Text& data)
 {
     requireOpen(element);
     requireInstruction(target, data);
-    Change change(*this);
-    beginContent(element.depth);
-    writeInstruction(target);
-    change.succeed();
+    change([&] {
+        beginContent(element.depth);
+        writeInstruction(target);
+    });
 }
 
 void Document::Impl::raw(Handle element, std::string_view markup)
 {
     requireOpen(element);
-    Change change(*this);
-    beginMixed(element.depth);
-    output.write(markup);
-    change.succeed();
+    change([&] {
+        beginMixed(element.depth);
+        output.write(markup);
+    });
 }
 
 std::uint64_t Document::Impl::child(Handle element, const Name& name)
@@ -184,14 +184,14 @@ std::uint64_t Document::Impl::child(Handle element, const Name& name)
     requireOpen(element);
     std::size_t space = spaceOf(name);
     requireName(name, space);
-    Change change(*this);
-    if (!isInnermost(element)) {
-        endInside(element.depth);
-        space = spaceOf(name);
-    }
-    beginContent(element.depth);
-    startElement(name, space);
-    change.succeed();
+    change([&] {
+        if (!isInnermost(element)) {
+            endInside(element.depth);
+            space = spaceOf(name);
+        }
+        beginContent(element.depth);
+        startElement(name, space);
+    });
     return open.back().number;
 }
 
@@ -203,31 +203,31 @@ void Document::Impl::add(Handle element, const Name& name, const Text& text)
     if (isInnermost(element) && !open.back().isInBase64 && space != Scopes::NOT_BOUND) {
         char* const end = putElement(name, prefixOf(space), text);
         if (end != nullptr) {
-            Change change(*this);
-            output.endAt(end);
-            beginContentAsWritten();
-            beginsLine();
-            change.succeed();
+            change([&] {
+                output.endAt(end);
+                beginContentAsWritten();
+                beginsLine();
+            });
             return;
         }
     }
     value.assign(text, options.unrepresentable);
-    Change change(*this);
-    beginContent(element.depth);
-    startElement(name, spaceOf(name));
-    beginMixed(element.depth + 1);
-    writeValue(IN_TEXT);
-    endInnermost();
-    change.succeed();
+    change([&] {
+        beginContent(element.depth);
+        startElement(name, spaceOf(name));
+        beginMixed(element.depth + 1);
+        writeValue(IN_TEXT);
+        endInnermost();
+    });
 }
 
 void Document::Impl::end(Handle element)
 {
     requireOpen(element);
-    Change change(*this);
-    endInside(element.depth);
-    endInnermost();
-    change.succeed();
+    change([&] {
+        endInside(element.depth);
+        endInnermost();
+    });
 }
 
 void Document::Impl::endInDestructor(Handle element) noexcept
@@ -236,7 +236,7 @@ void Document::Impl::endInDestructor(Handle element) noexcept
         return;
     }
     try {
-        run({element.depth + 1}, [&] { end(element); });
+        run({open.size()}, [&] { end(element); });
     } catch (...) {
         metInDestructor = std::current_exception(); // the only one: the document is broken off
     }

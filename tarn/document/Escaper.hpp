@@ -31,12 +31,12 @@ public:
     template <class Out>
     void write(std::string_view text, std::u16string_view referenced, Out& out)
     {
-        for (std::string_view rest = text; !rest.empty();) {
+        for (std::string_view rest = text;;) {
             const std::size_t plain = lengthBeforeSpecial(rest);
             out.write(rest.substr(0, plain));
             rest.remove_prefix(plain);
             if (rest.empty()) {
-                break;
+                return;
             }
             const std::size_t length = lengthOfCharacters(rest, PORTION);
             const std::u16string& markup = escape(rest.substr(0, length), referenced);

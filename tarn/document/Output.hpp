@@ -45,13 +45,13 @@ public:
     template <std::size_t SIZE>
     void write(const char (&literal)[SIZE])
     {
-        endAt(put(room(SIZE - 1), literal));
+        endAt(put(room(SIZE), literal));
     }
 
     /// Hands over a full batch, except what waits.
     void passOnIfFull()
     {
-        if (batch.size() >= BATCH && (!isHeld || heldFrom != 0)) {
+        if (batch.size() >= BATCH) {
             passOn();
         }
     }

@@ -44,6 +44,8 @@ class StackIndex
 public:
     static constexpr std::size_t NONE = static_cast<std::size_t>(-1);
 
+    std::size_t size() const { return links.size(); }
+
     /// @returns the newest entry with @p hash for which @p matches holds, or NONE. One entry has
     /// been added before.
     template <class Matches>

@@ -12,7 +12,7 @@ void theNameIsNotAnNcName();
 void theNamespaceNameOrThePrefixIsNotAllowed();
 
 /// Takes the first code point from @p text, which is not empty. Ill-formed UTF-8 gives one that no
-/// name has.
+/// name has, and need not be taken.
 constexpr std::uint32_t takeCodePoint(std::string_view& text)
 {
     constexpr std::uint32_t NOT_IN_NAMES = 0xFFFFFFFF;
@@ -30,7 +30,6 @@ constexpr std::uint32_t takeCodePoint(std::string_view& text)
     std::uint32_t codePoint = lead & (0x7Fu >> length);
     for (std::size_t place = 1; place < length; ++place) {
         if (byte(place) >> 6 != 2) {
-            text = {};
             return NOT_IN_NAMES;
         }
         codePoint = codePoint << 6 | (byte(place) & 0x3F);
