@@ -1,6 +1,7 @@
 // The hash table of names in scope, against a search of a plain list.
 
 #include "support/colliding_names.hpp"
+#include "support/GuardedText.hpp"
 
 #include <tarn/document/StackIndex.hpp>
 
@@ -51,6 +52,8 @@ TEST(StackIndex, FindsTheNewestEntryOfEachName)
     addAndEnd(meeting);
     EXPECT_EQ(hashOf(meetingText(0)), hashOf(meetingText(1)));
     EXPECT_NE(hashOf(meetingText(1)), hashOf(meetingText(2)));
+    GuardedText four(u"\u3231\u3433"); // read no further
+    EXPECT_EQ(hashOf({reinterpret_cast<const char*>(four.begin()), 4}), hashOf("1234"));
 }
 
 } // namespace
