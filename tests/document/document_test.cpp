@@ -488,12 +488,13 @@ TEST(Document, TellsManyNamesApart)
     std::string expected;
     const std::string xml = inRoot([&](Element& r) {
         for (int count : {200, 100}) { // what the first tag has does not matter to the second
+            const char first = count == 200 ? 'a' : 'b';
             Element element = r.child("e");
             expected += "<e";
             for (int number = 0; number < count; ++number) {
                 // Fifty names are alike but for their namespaces, which wish the same prefix.
                 const std::string uri = "urn:" + std::to_string(number % 50);
-                const std::string local = 'a' + std::to_string(number / 50);
+                const std::string local = first + std::to_string(number / 50);
                 const Name name(Namespace(uri, "p"), local);
                 element.attribute(name, 0);
                 const std::string prefix =
@@ -506,6 +507,7 @@ TEST(Document, TellsManyNamesApart)
                 EXPECT_THAT([&] { element.attribute(name, 1); },
                             testing::ThrowsMessage<Error>(testing::StartsWith("r/e/@" + prefix)));
             }
+            EXPECT_THROW(element.attribute(Name(Namespace("urn:0", "p"), first + "0"s), 1), Error);
             expected += "/>";
         }
     });

@@ -52,8 +52,10 @@ TEST(StackIndex, FindsTheNewestEntryOfEachName)
     addAndEnd(meeting);
     EXPECT_EQ(hashOf(meetingText(0)), hashOf(meetingText(1)));
     EXPECT_NE(hashOf(meetingText(1)), hashOf(meetingText(2)));
-    GuardedText four(u"\u3231\u3433"); // read no further
-    EXPECT_EQ(hashOf({reinterpret_cast<const char*>(four.begin()), 4}), hashOf("1234"));
+    for (const auto guard : {GuardedText::Guard::Before, GuardedText::Guard::After}) {
+        GuardedText four(u"\u3231\u3433", guard);
+        EXPECT_EQ(hashOf({reinterpret_cast<const char*>(four.begin()), 4}), hashOf("1234"));
+    }
 }
 
 } // namespace
