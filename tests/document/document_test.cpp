@@ -298,7 +298,7 @@ TEST(Document, RefusesWhatWouldNotBeWellFormed)
         Document document(target, COMPACT);
         Element root = document.root("r");
         root.attribute("a", 1);
-        EXPECT_THAT([&] { refused(root); }, testing::ThrowsMessage<Error>(message));
+        EXPECT_THAT(([&, &call = refused] { call(root); }), testing::ThrowsMessage<Error>(message));
         document.flush();
         EXPECT_EQ(target, text) << message;
         document.finish();
