@@ -204,6 +204,7 @@ template <bool DECODE>
 [[gnu::target("avx2,popcnt")]] Progress take(const char* first, const char* last, char16_t* out)
 {
     Occurred occurred;
+    // Of the last step that is not of ASCII. Nothing goes on from it past a step of ASCII.
     Characters before;
     Bytes bytesBefore = _mm256_setzero_si256();
     while (first != last) {
@@ -222,8 +223,6 @@ template <bool DECODE>
             const char* const end = takeAscii<DECODE>(first, last, out, occurred);
             out += DECODE ? end - first : 0;
             first = end;
-            before = {};
-            bytesBefore = _mm256_setzero_si256();
             continue;
         }
         const Characters characters(before, bitsOf(bytes, 0), bitsOf(bytes, 1), bitsOf(bytes, 2),

@@ -211,6 +211,7 @@ template <bool DECODE>
 take(const char* first, const char* last, char16_t* out)
 {
     Occurred occurred;
+    // Of the last step that is not of ASCII. Nothing goes on from it past a step of ASCII.
     Leads before;
     Bytes bytesBefore = _mm512_setzero_si512();
     while (first != last) {
@@ -228,8 +229,6 @@ take(const char* first, const char* last, char16_t* out)
             const char* const end = takeAscii<DECODE>(first, last, out, occurred);
             out += DECODE ? end - first : 0;
             first = end;
-            before = {};
-            bytesBefore = _mm512_setzero_si512();
             continue;
         }
         const Leads leads = Leads::of(bytes, longer);

@@ -179,6 +179,7 @@ template <bool DECODE>
 [[gnu::target("ssse3,popcnt")]] Progress take(const char* first, const char* last, char16_t* out)
 {
     Occurred occurred;
+    // Of the last step that is not of ASCII. Nothing goes on from it past a step of ASCII.
     Characters before;
     Bytes bytesBefore = _mm_setzero_si128();
     while (first != last) {
@@ -193,8 +194,6 @@ template <bool DECODE>
                 occurred.addAscii(bytes);
             }
             first += count;
-            before = {};
-            bytesBefore = _mm_setzero_si128();
             continue;
         }
         const Characters characters(before, bitsOf(bytes, 0), bitsOf(bytes, 1), bitsOf(bytes, 2),

@@ -133,7 +133,7 @@ public:
     /// Those of plain ASCII.
     Characters() = default;
 
-    /// @param before those of the step before.
+    /// @param before those of the step before, or of one before steps of ASCII.
     /// @param bits7,bits6,bits5,bits4 these bits of each byte.
     Characters(const Characters& before, std::uint32_t bits7, std::uint32_t bits6,
                std::uint32_t bits5, std::uint32_t bits4)

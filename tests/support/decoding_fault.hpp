@@ -26,18 +26,14 @@ struct DecodedText
 
 inline unsigned classOf(char32_t codePoint)
 {
-    if (codePoint == U'\t' || codePoint == U'\n') {
-        return text::TAB_OR_LINE_FEED;
-    }
-    if (codePoint == U'\r') {
-        return text::CARRIAGE_RETURN;
-    }
-    if (codePoint < U' ' || codePoint == 0xFFFE || codePoint == 0xFFFF) {
-        return text::FORBIDDEN;
-    }
-    return std::u32string_view(U"<>&\"'").find(codePoint) != std::u32string_view::npos
-               ? text::MARKUP
-               : text::NO_CLASSES;
+    const auto isIn = [codePoint](std::u32string_view characters) {
+        return characters.find(codePoint) != std::u32string_view::npos;
+    };
+    return isIn(U"\t\n")                               ? text::TAB_OR_LINE_FEED
+           : isIn(U"\r")                               ? text::CARRIAGE_RETURN
+           : codePoint < U' ' || isIn(U"\uFFFE\uFFFF") ? text::FORBIDDEN
+           : isIn(U"<>&\"'")                           ? text::MARKUP
+                                                       : text::NO_CLASSES;
 }
 
 /// Decodes by the Unicode Standard's table of well-formed sequences of bytes.
@@ -106,6 +102,7 @@ inline std::string faultOfDecoding(const char* first, const char* last, const De
     static GuardedText room(std::u16string(0x2000, u'\0'));
     char16_t* const out =
         room.end() - text::decodedUtf8Bound(static_cast<std::size_t>(last - first));
+    std::fill(out, room.end(), u'?'); // nothing is left of what another decoder wrote
     const text::DecodedUtf8 decoded = level.decode(first, last, out);
     const text::ClassifiedUtf8 classified = level.classify(first, last);
     const DecodedText result = {

@@ -24,14 +24,17 @@ TEST(Utf8Encoder, EncodesEveryKindOfUnitAtEveryPlace)
 
 TEST(Utf8Encoder, EncodesSurrogatePairsAtEveryPlace)
 {
-    for (std::size_t length = 2; length <= 100; ++length) {
-        for (std::size_t place = 0; place + 1 < length; ++place) {
-            std::u16string text(length, u'\u0416');
-            text[place] = 0xD83D;
-            text[place + 1] = 0xDE00;
-            ASSERT_EQ(faultOfEncoding(text), "") << place << " of " << length;
-            text[length - 1] = 0xDBFF;
-            ASSERT_EQ(faultOfEncoding(text), "") << place << " of " << length;
+    for (const char16_t background : {0x7F, 0x80, 0x7FF, 0x800, 0xFFFF}) {
+        for (std::size_t length = 2; length <= 100; ++length) {
+            ASSERT_EQ(faultOfEncoding(std::u16string(length, 0xDC00)), "") << length;
+            for (std::size_t place = 0; place + 1 < length; ++place) {
+                std::u16string text(length, background);
+                text[place] = 0xD83D;
+                text[place + 1] = 0xDE00;
+                ASSERT_EQ(faultOfEncoding(text), "") << place << " of " << length;
+                text[length - 1] = 0xDBFF;
+                ASSERT_EQ(faultOfEncoding(text), "") << place << " of " << length;
+            }
         }
     }
 }
