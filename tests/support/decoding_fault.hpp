@@ -3,6 +3,7 @@
 
 #include "support/difference.hpp"
 #include "support/GuardedText.hpp"
+#include "support/reference_utf8.hpp"
 
 #include <text/utf8_decoder.hpp>
 
@@ -36,51 +37,29 @@ inline unsigned classOf(char32_t codePoint)
                                                        : text::NO_CLASSES;
 }
 
-/// Decodes by the Unicode Standard's table of well-formed sequences of bytes.
+/// Decodes up to the first bytes that referenceUtf8() does not make of any character.
 inline DecodedText referenceUtf16(std::string_view bytes)
 {
-    struct Form
-    {
-        unsigned char firstLead, lastLead, firstNext, lastNext;
-        unsigned char length, bitsOfLead;
-    };
-    static constexpr Form FORMS[] = {
-        {0x00, 0x7F, 0x00, 0x00, 1, 0x7F}, {0xC2, 0xDF, 0x80, 0xBF, 2, 0x1F},
-        {0xE0, 0xE0, 0xA0, 0xBF, 3, 0x0F}, {0xE1, 0xEC, 0x80, 0xBF, 3, 0x0F},
-        {0xED, 0xED, 0x80, 0x9F, 3, 0x0F}, {0xEE, 0xEF, 0x80, 0xBF, 3, 0x0F},
-        {0xF0, 0xF0, 0x90, 0xBF, 4, 0x07}, {0xF1, 0xF3, 0x80, 0xBF, 4, 0x07},
-        {0xF4, 0xF4, 0x80, 0x8F, 4, 0x07},
-    };
     DecodedText decoded;
     while (decoded.read < bytes.size()) {
-        const std::string_view left = bytes.substr(decoded.read);
-        const auto at = [left](std::size_t place) {
-            return static_cast<unsigned char>(left[place]);
-        };
-        const auto* const form = std::ranges::find_if(FORMS, [&](const Form& form) {
-            return at(0) >= form.firstLead && at(0) <= form.lastLead;
-        });
-        if (form == std::end(FORMS) || left.size() < form->length) {
-            break;
+        const auto lead = static_cast<unsigned char>(bytes[decoded.read]);
+        const unsigned length = lead < 0xC0 ? 1 : lead < 0xE0 ? 2 : lead < 0xF0 ? 3 : 4;
+        const std::string_view sequence = bytes.substr(decoded.read, length);
+        char32_t codePoint = length == 1 ? lead : lead & 0x7Fu >> length;
+        for (const char byte : sequence.substr(1)) {
+            codePoint = codePoint << 6 | (byte & 0x3F);
         }
-        char32_t codePoint = at(0) & form->bitsOfLead;
-        bool isWellFormed = true;
-        for (std::size_t place = 1; place < form->length; ++place) {
-            isWellFormed = isWellFormed && at(place) >= (place == 1 ? form->firstNext : 0x80) &&
-                           at(place) <= (place == 1 ? form->lastNext : 0xBF);
-            codePoint = codePoint << 6 | (at(place) & 0x3F);
-        }
-        if (!isWellFormed) {
-            break;
-        }
-        decoded.read += form->length;
-        decoded.classes |= classOf(codePoint);
+        std::u16string units = {static_cast<char16_t>(codePoint)};
         if (codePoint >= 0x10000) {
-            decoded.units += static_cast<char16_t>(0xD800 + (codePoint - 0x10000) / 0x400);
-            decoded.units += static_cast<char16_t>(0xDC00 + codePoint % 0x400);
-        } else {
-            decoded.units += static_cast<char16_t>(codePoint);
+            units = {static_cast<char16_t>(0xD800 + (codePoint - 0x10000) / 0x400),
+                     static_cast<char16_t>(0xDC00 + codePoint % 0x400)};
         }
+        if (referenceUtf8(units) != sequence) {
+            break;
+        }
+        decoded.units += units;
+        decoded.read += length;
+        decoded.classes |= classOf(codePoint);
     }
     return decoded;
 }
