@@ -24,7 +24,7 @@ TEST(Utf8Encoder, EncodesEveryKindOfUnitAtEveryPlace)
 
 TEST(Utf8Encoder, EncodesSurrogatePairsAtEveryPlace)
 {
-    for (const char16_t background : {0x7F, 0x80, 0x7FF, 0x800, 0xFFFF}) {
+    for (const char16_t background : {u'\x7F', u'\x80', u'\x7FF', u'\x800', u'\xFFFF'}) {
         for (std::size_t length = 2; length <= 100; ++length) {
             ASSERT_EQ(faultOfEncoding(std::u16string(length, 0xDC00)), "") << length;
             for (std::size_t place = 0; place + 1 < length; ++place) {
