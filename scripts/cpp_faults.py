@@ -33,7 +33,7 @@ DECLARING = set("alignas asm auto bool case char class const constexpr consteval
 
 ASSIGNING = {"=", "+=", "-=", "*=", "/=", "%=", "&=", "|=", "^=", "<<=", ">>="}
 # Functions for which the order of their arguments does not matter.
-COMMUTING = re.compile(r"_mm\d*_(or|and|xor|adds?|cmpeq|min|max)_\w+|max|min|swap")
+COMMUTING = re.compile(r"_mm\d*_(or|and|xor|adds?|cmpn?eq|testn?z|testn?|min|max)_\w+|max|min|swap")
 
 
 class Source:

@@ -312,11 +312,13 @@ private:
         if (size.line == 1) {
             return {end.line, end.column - (size.column - 1)};
         }
-        const std::size_t lineFeed = before.substr(0, start).rfind('\n');
+        const std::string_view prolog = before.substr(0, start);
+        const std::size_t lineFeed = prolog.rfind('\n');
         const std::uint64_t line = end.line - (size.line - 1);
         return lineFeed == std::string_view::npos
-                   ? Position{line, eventStart.column}
-                   : advance({line, 1}, before.substr(lineFeed + 1, start - lineFeed - 1));
+                   ? Position{line,
+                              eventStart.column + start - (prolog.find_last_not_of(" \t\r") + 1)}
+                   : advance({line, 1}, prolog.substr(lineFeed + 1));
     }
 
     tarn::tools::InputFile file;

@@ -205,25 +205,12 @@ TEST(Invocation, LeavesNothingBehindAfterASignal)
 
 TEST(Invocation, GoesOnAfterASignalThatIsIgnored)
 {
-    const std::pair<int, std::string> cases[] = {
-        {SIGHUP, "trap '' HUP"},
-        {SIGINT, "trap '' INT"},
-        {SIGQUIT, "trap '' QUIT"},
-        {SIGTERM, "trap '' TERM"},
-        {SIGPIPE, ""},
-        {SIGCHLD, ""},
-        {SIGWINCH, ""},
-        {SIGURG, ""},
-        // They stop the program, until SIGCONT comes.
-        {SIGSTOP, ""},
-        {SIGTSTP, ""},
-        {SIGTTIN, ""},
-        {SIGTTOU, ""},
-    };
-    for (const auto& [signal, setup] : cases) {
+    // The last four stop the program, until SIGCONT comes.
+    for (const int signal : {SIGHUP, SIGINT, SIGQUIT, SIGTERM, SIGPIPE, SIGCHLD, SIGWINCH, SIGURG,
+                             SIGSTOP, SIGTSTP, SIGTTIN, SIGTTOU}) {
         SCOPED_TRACE(::strsignal(signal));
         std::signal(signal, SIG_DFL);
-        UnfinishedRun run(setup);
+        UnfinishedRun run("trap '' HUP INT QUIT TERM");
         EXPECT_THAT(run.directory.names().front(), testing::StartsWith('.' + PROGRAM_NAME + '-'));
         run.send(signal);
         std::this_thread::sleep_for(std::chrono::milliseconds(50)); // SIGCONT takes back a stop

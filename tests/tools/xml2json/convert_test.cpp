@@ -196,6 +196,20 @@ TEST(Conversion, EscapesEveryCharacterAtEveryPlaceOfAString)
     EXPECT_EQ(run({}, array(xml)).output, '[' + json + "]\n");
 }
 
+TEST(Conversion, FindsWhatToEscapeAtEveryPlaceOfAString)
+{
+    std::string xml;
+    std::string json;
+    for (std::size_t length = 1; length <= 40; ++length) {
+        for (std::size_t place = 0; place < length; ++place) {
+            std::string text(length, 'a');
+            xml += "<string>" + text.replace(place, 1, "/") + "</string>";
+            json += (json.empty() ? "\"" : ",\"") + text.insert(place, "\\") + '"';
+        }
+    }
+    EXPECT_EQ(run({}, array(xml)).output, '[' + json + "]\n");
+}
+
 TEST(Conversion, WritesMoreThanItsBufferHolds)
 {
     std::string xml;
@@ -341,6 +355,9 @@ TEST(Conversion, SaysWhatIsWrongAndWhere)
         {"\n\n  <array/>", "3:3: 'array' is not in the namespace " + NAMESPACE},
         {"<array xmlns='" + NAMESPACE + "#'/>",
          "1:1: 'array' is not in the namespace " + NAMESPACE},
+        {"\n<!--\u00E9--> <a\n\n b=''/>", "2:10: 'a' is not in the namespace " + NAMESPACE},
+        {" <a\n b=''\n/>", "1:2: 'a' is not in the namespace " + NAMESPACE},
+        {" <!----> <a\n b=''\n/>", "1:10: 'a' is not in the namespace " + NAMESPACE},
         {array("\n <nul/>"), "2:2: " + unknown + "'nul'"},
         {array("\u00E9").replace(100, 2, "<null/>\n\n<Array\n a='\n'/>"),
          "3:1: " + unknown + "'Array'"},
