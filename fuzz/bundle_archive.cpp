@@ -41,19 +41,14 @@ std::string makeArchive(Input input)
         entry.name = input.below(4) == 0 ? bytes() : input.pick(NAMES);
         entry.contents = input.below(4) == 0 ? bytes() : input.pick(CONTENTS);
         static constexpr std::uint32_t SIZES[] = {0, 1, 0xFFFF, 0x100000, 0x7FFFFFFF, 0xFFFFFFFF};
-        switch (input.below(16)) {
-        case 0:
+        if (const std::size_t wrong = input.below(16); wrong == 0) {
             entry.claimedSize = input.pick(SIZES);
-            break;
-        case 1:
+        } else if (wrong == 1) {
             entry.claimedChecksum = 0;
-            break;
-        case 2:
+        } else if (wrong == 2) {
             entry.flags = static_cast<std::uint16_t>(input.below(16));
-            break;
-        case 3:
+        } else if (wrong == 3) {
             entry.method = static_cast<std::uint16_t>(input.below(100));
-            break;
         }
         entries.push_back(std::move(entry));
     }

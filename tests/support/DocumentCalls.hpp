@@ -777,35 +777,21 @@ private:
             &Calls::child,   &Calls::child,       &Calls::child,   &Calls::child, &Calls::attribute,
             &Calls::declare, &Calls::instruction, &Calls::comment, &Calls::text,  &Calls::text,
             &Calls::cdata,   &Calls::base64,      &Calls::add,     &Calls::raw};
-        constexpr std::size_t CHOICES = 16;
-        switch (input.below(CHOICES)) {
-        case 0:
-            return block();
-        case 1:
-            return seldom(slot);
-        default:
-            return (this->*input.pick(MAKE))(slot);
-        }
+        const std::size_t choice = input.below(16);
+        return choice == 0 ? block() : choice == 1 ? seldom(slot) : (this->*input.pick(MAKE))(slot);
     }
 
     void seldom(std::size_t slot)
     {
-        switch (input.below(8)) {
-        case 0:
-            return input.below(4) == 0 ? finish() : flush();
-        case 1:
-            return input.below(4) == 0 ? reset() : flush();
-        case 2:
-            return outsideRoot();
-        case 3:
-            return destroy(slot);
-        case 4:
-            return move(slot, anySlotToFill());
-        case 5:
-            return flush();
-        default:
-            return end(slot);
-        }
+        const std::size_t choice = input.below(8);
+        const bool isWhole = choice < 2 && input.below(4) == 0;
+        return choice == 0   ? (isWhole ? finish() : flush())
+               : choice == 1 ? (isWhole ? reset() : flush())
+               : choice == 2 ? outsideRoot()
+               : choice == 3 ? destroy(slot)
+               : choice == 4 ? move(slot, anySlotToFill())
+               : choice == 5 ? flush()
+                             : end(slot);
     }
 
     /// In place of the number of an element, which are from 1.

@@ -13,20 +13,12 @@ namespace tarn::tests {
 /// The entity reference for @p unit; empty if it is none of the five markup characters.
 constexpr std::u16string_view plainEntity(char16_t unit)
 {
-    switch (unit) {
-    case u'<':
-        return u"&lt;";
-    case u'>':
-        return u"&gt;";
-    case u'&':
-        return u"&amp;";
-    case u'"':
-        return u"&quot;";
-    case u'\'':
-        return u"&apos;";
-    default:
-        return {};
-    }
+    return unit == u'<'    ? u"&lt;"
+           : unit == u'>'  ? u"&gt;"
+           : unit == u'&'  ? u"&amp;"
+           : unit == u'"'  ? u"&quot;"
+           : unit == u'\'' ? u"&apos;"
+                           : u"";
 }
 
 /// Whether @p unit is one of the control characters that the writer references or leaves out.

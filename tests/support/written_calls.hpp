@@ -28,14 +28,10 @@ inline std::u16string readUri(Input& input)
                                           u"http://example.org/a/rather/long/name/of/a/namespace/2",
                                           u"http://www.w3.org/XML/1998/namespace",
                                           u"http://www.w3.org/2000/xmlns/"};
-    switch (input.below(8)) {
-    case 0:
-        return collidingName(static_cast<unsigned>(input.below(40)));
-    case 1:
-        return nameAroundTheEnd<32>(static_cast<unsigned>(input.below(12)));
-    default:
-        return input.pick(URIS);
-    }
+    const std::size_t choice = input.below(8);
+    return choice == 0   ? collidingName(static_cast<unsigned>(input.below(40)))
+           : choice == 1 ? nameAroundTheEnd<32>(static_cast<unsigned>(input.below(12)))
+                         : input.pick(URIS);
 }
 
 inline Call readCall(Input& input)

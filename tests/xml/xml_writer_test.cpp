@@ -76,9 +76,7 @@ TEST(XmlWriter, LaysElementsOutOnIndentedLines)
 
 TEST(XmlWriter, DeclaresTheVersionAndTheEncodingOfTheTarget)
 {
-    check({
-        {{startDocument(u"\"<&")}, u"<?xml version=\"\"<&\"?>"},
-    });
+    check({{{startDocument(u"\"<&")}, u"<?xml version=\"\"<&\"?>"}});
     std::string bytes;
     std::ostringstream stream;
     XmlWriter bytesWriter(bytes);
