@@ -68,7 +68,7 @@ TEST(XmlWriter, LaysElementsOutOnIndentedLines)
     std::u16string text;
     for (std::size_t depth = 0; depth < 300; ++depth) {
         calls.insert(calls.end(), {startElement(u"a"), emptyElement(u"b"), element(u"c", u"")});
-        const std::u16string line = u"\n" + std::u16string(2 * depth, u' ');
+        const std::u16string line = std::u16string(u"\n").append(2 * depth, u' ');
         text += line + u"<a>" + line + u"  <b/>" + line + u"  <c></c>";
     }
     EXPECT_EQ(difference(textOf(calls), text), "");
