@@ -664,9 +664,11 @@ TEST(Bundle, SaysThatItIsInvalid)
 
 } // namespace
 
-/// Gives only a part. While a read is to fail, every other one before it is interrupted.
-extern "C" [[gnu::visibility("default")]] ssize_t pread(int file, void* bytes, std::size_t size,
-                                                        off_t offset)
+/// Takes the place of pread(), which a header may define already. Gives only a part. While a read
+/// is to fail, every other one before it is interrupted.
+extern "C" [[gnu::visibility("default")]] ssize_t readPart(int file, void* bytes, std::size_t size,
+                                                           off_t offset) asm("pread");
+ssize_t readPart(int file, void* bytes, std::size_t size, off_t offset)
 {
     EXPECT_NE(::fcntl(file, F_GETFD) & FD_CLOEXEC, 0) << "programs that are started get the file";
     static bool isInterrupted = false;
