@@ -126,6 +126,10 @@ TEST(BundleContainer, HoldsTheBundlesOfAnArchiveInTheOrderOfTheirNames)
     EXPECT_NE(other.getBundles(), bundles);
     EXPECT_NE(BundleContainer::Bundles(bundles.begin(), bundles.begin()), bundles);
     EXPECT_TRUE(std::ranges::equal(other.getBundles(), bundles));
+
+    const Directory directory;
+    writeFile(directory / "next", newBundle());
+    EXPECT_LT(second, install(directory / "next").front());
 }
 
 TEST(BundleContainer, FindsArchivesInSharedLibraries)
@@ -315,7 +319,7 @@ TEST(BundleContainer, KnowsAFileByEveryPathThatLeadsToIt)
 TEST(BundleContainer, InstallsADirectoryInTheOrderOfItsFiles)
 {
     const Directory directory;
-    writeFile(directory / "b.zip", bundleZip("of-b"));
+    writeFile(directory / ".b.zip", bundleZip("of-b"));
     writeFile(directory / "a.so", readFile(SHARED_LIBRARY) + bundleZip("of-a"));
     writeFile(directory / "\xFF.zip", bundleZip("of-name-in-no-encoding"));
     std::filesystem::create_symlink("b2", directory / "c.zip");
@@ -334,8 +338,8 @@ TEST(BundleContainer, InstallsADirectoryInTheOrderOfItsFiles)
     ASSERT_EQ(::mkfifo((directory / "pipe.so").c_str(), 0600), 0);
 
     const std::vector<Bundle> bundles = install(directory / "");
-    EXPECT_THAT(namesOf(bundles), ElementsAre("of-a", "of-b", "of-link", "of-name-in-no-encoding"));
-    EXPECT_EQ(bundles.front().GetLocation(), directory / "a.so");
+    EXPECT_THAT(namesOf(bundles), ElementsAre("of-b", "of-a", "of-link", "of-name-in-no-encoding"));
+    EXPECT_EQ(bundles.front().GetLocation(), directory / ".b.zip");
     EXPECT_EQ(install(directory / "."), bundles);
 
     std::filesystem::create_directory(directory / "none");
@@ -410,10 +414,9 @@ TEST(BundleContainer, SaysWhatIsWrongWithAFile)
         {withEntry({"refused/manifest.json", goodManifest}),
          "refused/manifest.json is there twice"},
         {withManifest(""), "refused/manifest.json: The document is empty"},
-        {withManifest("[1]"), "refused/manifest.json: not a JSON object"},
         {withManifest('[' + goodManifest + ']'), "refused/manifest.json: not a JSON object"},
         {withManifest("{\"a\":1,}"), "(byte 8)"},
-        {withManifest(goodManifest + " x"), "(byte 36)"},
+        {withManifest(goodManifest + " //"), "(byte 36)"},
         {withManifest(goodManifest + "\0x"s), "a NUL (byte 35)"},
         {withManifest("{}"), "no bundle.symbolic_name"},
         {withManifest(R"({"x":{"bundle.symbolic_name":"x"}})"), "no bundle.symbolic_name"},
@@ -466,8 +469,7 @@ TEST(BundleContainer, ComparesVersionsInFull)
     const Directory directory;
     const std::tuple<std::string, std::string, std::string> cases[] = {
         {"1", "1.0.0", "already"},
-        {"2.3", "2.3.0", "already"},
-        {"0", "0.0.0", "already"},
+        {"2.03", "2.3.0", "already"},
         {"1.2.3.q", "1.2.3.q", "already"},
         {"1.2.3", "1.2.4", "installed {"},
         {"1.2.3", "1.65538.3", "installed {"},
@@ -482,9 +484,10 @@ TEST(BundleContainer, ComparesVersionsInFull)
         writeFile(directory / "2-" + name, bundleZip(name, second));
         EXPECT_THAT(refusal(directory / "2-" + name), HasSubstr(outcome)) << first << ' ' << second;
     }
-    expectOutcomes(
-        {{zip({{"none/manifest.json", R"({"BUNDLE.SYMBOLIC_NAME":"x"})"}}), "installed {"},
-         {bundleZip("none", "0.0.0"), "already"}});
+    expectOutcomes({{zip({{"none/manifest.json", R"({"BUNDLE.SYMBOLIC_NAME":"x"})"},
+                          {"None/manifest.json", R"({"bundle.symbolic_name":"x"})"}}),
+                     "installed {"},
+                    {bundleZip("none", "0.0.0"), "already"}});
     for (const std::string version :
          {"",        ".",       "1.",      ".1",      "1..2",       "1.2.3.",   "-1",
           "+1",      " 1",      "1 ",      "1.2x",    "4294967296", "1.2.3.a.", "1.2.3.4.5",

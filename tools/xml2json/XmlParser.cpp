@@ -267,15 +267,17 @@ private:
         });
     }
 
-    /// Reads a block if all of the last one has been used. Returns false at the end of the file.
+    /// Reads a block if all of the last one has been used. Returns false at the end of the file,
+    /// behind which a terminal or a pipe could have more.
     bool hasUnread()
     {
-        if (unread.empty()) {
+        if (unread.empty() && !ended) {
             checkNames();
             const std::size_t size = file.descriptor.read(block.data(), block.size(), file.name);
             bytesRead += size;
             file.onBlock(bytesRead);
             unread = {block.data(), size};
+            ended = size == 0;
         }
         return !unread.empty();
     }
@@ -332,6 +334,7 @@ private:
     std::vector<char> block = std::vector<char>(BLOCK_SIZE);
     std::string_view unread;
     std::uint64_t bytesRead = 0;
+    bool ended = false;
 
     /// Kept to use its memory again.
     std::vector<Attribute> attributes;

@@ -31,6 +31,7 @@ int errorOfWrite = 0;
 int signalAfterMkostemp = 0; // 0 is none
 int signalBeforeRename = 0;
 std::size_t mostPerWrite = SSIZE_MAX;
+int interruptions = 0; // how many writes of a part are followed by an interruption
 
 /// What fsync() has been called for, `file` or `directory`, and `rename` for rename().
 std::vector<std::string> steps;
@@ -66,9 +67,11 @@ int fsync(int descriptor)
 
 ssize_t write(int descriptor, const void* bytes, std::size_t size)
 {
-    return errorOfWrite != 0
-               ? failOnce(errorOfWrite)
-               : ::syscall(SYS_write, descriptor, bytes, std::min(size, mostPerWrite));
+    if (errorOfWrite != 0) {
+        return failOnce(errorOfWrite);
+    }
+    errorOfWrite = size > mostPerWrite && interruptions-- > 0 ? EINTR : 0;
+    return ::syscall(SYS_write, descriptor, bytes, std::min(size, mostPerWrite));
 }
 
 int rename(const char* from, const char* to)
@@ -133,6 +136,8 @@ TEST(OutputFile, KeepsTheOldFileIfTheNewOneCannotBeWrittenToDisk)
         EXPECT_EQ(readFile(directory / "file.xml"), reported == 0 ? "new" : "old");
         EXPECT_THAT(directory.names(), ElementsAre("file.xml"));
     }
+    errorOfClose = EIO;
+    EXPECT_EQ(replace("/dev/null"), EIO) << "written in place";
 }
 
 TEST(OutputFile, KeepsWhatAnOrdinaryUserMayNotReplace)
@@ -216,6 +221,7 @@ TEST(OutputFile, KeepsPiecesOfAnySizeInTheirOrder)
 {
     const Directory directory;
     mostPerWrite = 1000;
+    interruptions = 500;
     OutputFile output(directory / "file.xml", "program");
     // What fits exactly, and a byte more than that.
     std::string expected(128 * 1024 - 1, 'x');
