@@ -247,18 +247,15 @@ TEST(Invocation, ReportsAnOutputThatCannotBeWritten)
     EXPECT_EQ(run({"-o", existing}, SAMPLE.input).error,
               PROGRAM_NAME + ": " + existing + ": Is a directory\n");
 
-    const Result full = run({}, SAMPLE.input, "/dev/full");
-    EXPECT_EQ(full.status, 1);
-    EXPECT_EQ(full.error, PROGRAM_NAME + ": <stdout>: No space left on device\n");
-    EXPECT_EQ(run({"--help"}, "", "/dev/full").status, 1);
-
     const std::string input = directory / "input";
     writeFile(input, SAMPLE.input);
     int output[2];
     ASSERT_EQ(::pipe(output), 0);
     ::close(output[0]);
     const std::pair<std::string, std::string> targets[] = {
-        {"&-", "Bad file descriptor"}, {'&' + std::to_string(output[1]), "Broken pipe"}};
+        {"/dev/full", "No space left on device"},
+        {"&-", "Bad file descriptor"},
+        {'&' + std::to_string(output[1]), "Broken pipe"}};
     for (const auto& [target, problem] : targets) {
         for (const Arguments& arguments : {Arguments{input}, {"-"}, {"--help"}}) {
             const Result result = run(arguments, SAMPLE.input, target);

@@ -186,8 +186,8 @@ TEST(Conversion, EscapesEveryCharacterAtEveryPlaceOfAString)
     std::string xml;
     std::string json;
     for (const auto& [character, escaped] : characters) {
-        for (std::size_t before = 0; before < 20; ++before) {
-            for (const std::size_t after : {0, 1, 7, 30}) {
+        for (std::size_t before = 0; before < 50; ++before) {
+            for (std::size_t after = 0; before + after < 50; ++after) {
                 xml += "<string>" + std::string(before, 'a') + character + std::string(after, 'b') +
                        "</string>";
                 json += (json.empty() ? "\"" : ",\"") + std::string(before, 'a') + escaped +
