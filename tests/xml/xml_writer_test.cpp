@@ -220,7 +220,7 @@ TEST(XmlWriter, ReplacesSpecialCodeUnitsByTheRulesOfTheDeclaredVersion)
     for (const auto& [version, controls] : {std::pair(std::u16string(), referenced),
                                             {u"1.0", u"\t\n \r"},
                                             {u"1.1", referenced},
-                                            {{u"1.0", 4}, referenced}}) {
+                                            {{u'1', u'.', u'0', u'\0'}, referenced}}) {
         Calls calls = {value(text)};
         std::u16string expected = std::u16string(1, u'\0').append(controls).append(markup) + others;
         if (!version.empty()) {
