@@ -29,6 +29,18 @@ int complain(const std::string& program, const char* problem, ExitStatus status)
     return status;
 }
 
+/// Takes the place of standard streams that are closed, so that no file gets it. Reading and
+/// writing fail as before.
+void holdStandardStreams()
+{
+    for (const int stream : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
+        if (::fcntl(stream, F_GETFD) == -1) {
+            [[maybe_unused]] const int held =
+                ::open("/", O_PATH | O_CLOEXEC); // the lowest that is free
+        }
+    }
+}
+
 FileDescriptor openInput(const std::string& path)
 {
     FileDescriptor input(path == "-" ? STDIN_FILENO : ::open(path.c_str(), O_RDONLY | O_CLOEXEC));
@@ -84,6 +96,7 @@ void convertFile(const std::string& program, const FileOptions& options, const C
 
 int runProgram(const std::string& program, const std::function<void()>& run)
 {
+    holdStandardStreams();
     std::signal(SIGPIPE, SIG_IGN); // so that writing to a closed pipe fails like other writes
     try {
         run();

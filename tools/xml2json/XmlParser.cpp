@@ -52,6 +52,12 @@ void watchAllocations()
         [](const char* text) { return static_cast<char*>(noteLack(::strdup(text))); });
 }
 
+/// The number of blanks at the end of the last line of @p text.
+std::size_t blanksAtEnd(std::string_view text)
+{
+    return text.size() - (text.find_last_not_of(" \t\r") + 1);
+}
+
 /// On one line, without the line feed at the end.
 std::string messageOf(const xmlError& error)
 {
@@ -81,12 +87,11 @@ class XmlParser::Context
 public:
     explicit Context(tarn::tools::InputFile file) : file(std::move(file))
     {
-        static const bool isWatching = (watchAllocations(), true);
-        static_cast<void>(isWatching);
+        [[maybe_unused]] static const bool isWatching = (watchAllocations(), true);
         hasLackedMemory = false;
         xmlSAXHandler handler{};
         handler.initialized = XML_SAX2_MAGIC;
-        handler.startDocument = [](void* self) { static_cast<Context*>(self)->endEvent(); };
+        handler.startDocument = startDocument;
         handler.internalSubset = refuseDocumentType;
         handler.startElementNs = startElement;
         handler.endElementNs = endElement;
@@ -205,15 +210,24 @@ private:
         return static_cast<int>(count);
     }
 
+    /// libxml2 calls this behind the XML declaration, if there is one, and the white space after
+    /// it.
+    static void startDocument(void* self)
+    {
+        auto& context = *static_cast<Context*>(self);
+        context.endEvent();
+        context.eventStart.column -= blanksAtEnd(context.textBefore());
+    }
+
     static void startElement(void* self, const xmlChar* localName, const xmlChar*,
                              const xmlChar* space, int, const xmlChar**, int attributeCount, int,
                              const xmlChar** attributes)
     {
         guard(self, [&](Context& context) {
-            if (context.depth == 0) {
+            if (!context.hasElement) {
                 context.eventStart = context.startOfTag();
+                context.hasElement = true;
             }
-            ++context.depth;
             context.attributes.clear();
             for (int i = 0; i < attributeCount; ++i) {
                 constexpr int FIELDS = 5; // local name, prefix, namespace name, value, its end
@@ -231,7 +245,6 @@ private:
     {
         guard(self, [](Context& context) {
             context.events->endElement();
-            --context.depth;
             context.endEvent();
         });
     }
@@ -296,6 +309,9 @@ private:
                 static_cast<unsigned>(parser->input->col)};
     }
 
+    /// The end of what libxml2 has read.
+    std::string_view textBefore() const { return view(parser->input->base, parser->input->cur); }
+
     /// The next event begins here.
     void endEvent() { eventStart = here(); }
 
@@ -303,7 +319,7 @@ private:
     /// counts back from there, because libxml2 does not report the white space before it.
     Position startOfTag() const
     {
-        const std::string_view before = view(parser->input->base, parser->input->cur);
+        const std::string_view before = textBefore();
         const std::size_t start = before.rfind('<');
         if (start == std::string_view::npos) {
             return eventStart;
@@ -318,8 +334,7 @@ private:
         const std::size_t lineFeed = prolog.rfind('\n');
         const std::uint64_t line = end.line - (size.line - 1);
         return lineFeed == std::string_view::npos
-                   ? Position{line,
-                              eventStart.column + start - (prolog.find_last_not_of(" \t\r") + 1)}
+                   ? Position{line, eventStart.column + blanksAtEnd(prolog)}
                    : advance({line, 1}, prolog.substr(lineFeed + 1));
     }
 
@@ -327,8 +342,7 @@ private:
     xmlParserCtxtPtr parser = nullptr;
     XmlEvents* events = nullptr;
     std::exception_ptr failure;
-    /// How many elements are open.
-    std::size_t depth = 0;
+    bool hasElement = false;
 
     /// What has been read from the file last, and how much of it libxml2 has not had.
     std::vector<char> block = std::vector<char>(BLOCK_SIZE);

@@ -77,6 +77,8 @@ TEST(Invocation, NamesAnInputThatCannotBeRead)
     EXPECT_EQ(result.error, PROGRAM_NAME + ": " + missing + ": No such file or directory\n");
     EXPECT_EQ(run({directory / ""}).error,
               PROGRAM_NAME + ": " + directory / "" + ": Is a directory\n");
+    EXPECT_EQ(run({"-o", directory / "file"}, "", "&- <&-").error,
+              PROGRAM_NAME + ": <stdin>: Bad file descriptor\n");
 }
 
 TEST(Invocation, ShowsItsProgressOnATerminal)
@@ -106,9 +108,12 @@ TEST(Invocation, ShowsItsProgressOnATerminal)
 
 TEST(Invocation, PrintsHelpAndVersion)
 {
-    for (const std::string option :
-         {"-o,--output FILE", "--max-depth N", "--progress", "--version"}) {
-        EXPECT_THAT(run({"--help"}).output, HasSubstr(option));
+    const std::string help = run({"--help"}).output;
+    std::size_t place = 0;
+    for (const std::string option : {"-h,--help  ", "Print this help and exit\n", "--version  ",
+                                     "-o,--output FILE  ", "--max-depth N  ", "--progress  "}) {
+        place = help.find(option, place);
+        ASSERT_NE(place, std::string::npos) << option;
     }
     EXPECT_THAT(run({"--version"}).output,
                 MatchesRegex(PROGRAM_NAME + " [0-9]+\\.[0-9]+\\.[0-9]+\n"));

@@ -1,9 +1,9 @@
 // The limits of json2xml: the depth, and the size of a string and a number.
+#include "tools/common/inputs.hpp"
 #include "tools/common/run_program.hpp"
 #include "tools/json2xml/convert.hpp"
 
 #include <cstdint>
-#include <fcntl.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <sstream>
@@ -18,18 +18,15 @@ using json2xml::Limits;
 /// The number of bytes in a block of the input.
 constexpr std::size_t BLOCK_SIZE = 64 * 1024;
 
-/// Converts @p json. Returns the message if it is refused, else nothing.
+/// Converts @p file. Returns the message if it is refused, else nothing.
 ///
 /// @param bytesRead set to how much of it has been read.
-std::string problem(const std::string& json, const Limits& limits, std::uint64_t& bytesRead)
+std::string problem(tarn::tools::InputFile file, const Limits& limits, std::uint64_t& bytesRead)
 {
-    const Directory directory;
-    writeFile(directory / "input", json);
-    tarn::tools::FileDescriptor file(::open((directory / "input").c_str(), O_RDONLY | O_CLOEXEC));
+    file.onBlock = [&](std::uint64_t bytes) { bytesRead = bytes; };
     std::ostringstream xml;
     try {
-        json2xml::JsonInput input(
-            {std::move(file), "input", [&](std::uint64_t bytes) { bytesRead = bytes; }}, limits);
+        json2xml::JsonInput input(std::move(file), limits);
         json2xml::convert(input, xml);
         return "";
     } catch (const std::runtime_error& error) {
@@ -58,7 +55,8 @@ TEST(Limits, LimitsStringsAndNumbers)
     };
     for (const auto& [json, expected] : cases) {
         std::uint64_t bytesRead = 0;
-        EXPECT_EQ(problem(json, LIMITS, bytesRead), expected.empty() ? "" : "input:" + expected)
+        EXPECT_EQ(problem(inputOf(json), LIMITS, bytesRead),
+                  expected.empty() ? "" : "input:" + expected)
             << json;
         EXPECT_EQ(bytesRead, json.size()) << json;
     }
@@ -86,11 +84,21 @@ TEST(Limits, StopsReadingAndNamesWhereATokenBegins)
                 json += repeated;
             }
             std::uint64_t bytesRead = 0;
-            EXPECT_EQ(problem(json, LIMITS, bytesRead), "input:2:" + std::to_string(column) +
-                                                            ": a " + token + " longer than " +
-                                                            std::to_string(LIMIT) + " bytes");
+            EXPECT_EQ(problem(inputOf(json), LIMITS, bytesRead),
+                      "input:2:" + std::to_string(column) + ": a " + token + " longer than " +
+                          std::to_string(LIMIT) + " bytes");
             EXPECT_LE(bytesRead, blanks + 3 * LIMIT); // the buffer grows by doubling
         }
+    }
+}
+
+TEST(Limits, NameWhereATokenBeginsThatComesByteByByte)
+{
+    for (std::size_t limit = 1; limit < 25; ++limit) {
+        std::uint64_t bytesRead = 0;
+        EXPECT_EQ(problem(byteByByte("[\n1, \"" + std::string(30, 'a')), {.stringSize = limit},
+                          bytesRead),
+                  "input:2:4: a string longer than " + std::to_string(limit) + " bytes");
     }
 }
 

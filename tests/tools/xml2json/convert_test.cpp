@@ -10,8 +10,6 @@
 #include <stdexcept>
 #include <string>
 #include <sys/resource.h>
-#include <sys/socket.h>
-#include <unistd.h>
 
 namespace {
 
@@ -217,20 +215,17 @@ TEST(Conversion, WritesMoreThanItsBufferHolds)
     input.onBlock = [&](std::uint64_t bytes) { bytesRead = bytes; };
     EXPECT_TRUE(toJson(std::move(input), {}) == '[' + json.substr(1) + "]\n");
     EXPECT_EQ(bytesRead, text.size());
+    const std::string full(128 * 1024 - 1, 'a'); // with the quotation mark before it
+    EXPECT_TRUE(toJson(inputOf(element("string", full)), {}) == '"' + full + "\"\n");
 }
 
 TEST(Conversion, ReadsByteByByteUpToTheFirstEnd)
 {
     const std::string xml = array("<!----><null/>");
-    int ends[2];
-    ASSERT_EQ(::socketpair(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC, 0, ends), 0);
-    for (const char byte : xml) {
-        ::send(ends[1], &byte, 1, 0); // what is sent is read alone
-    }
-    ::close(ends[1]);
     std::size_t reads = 0;
-    const auto count = [&](std::uint64_t) { ++reads; };
-    EXPECT_EQ(toJson({tarn::tools::FileDescriptor(ends[0]), "input", count}, {}), "[null]\n");
+    tarn::tools::InputFile input = byteByByte(xml);
+    input.onBlock = [&](std::uint64_t) { ++reads; };
+    EXPECT_EQ(toJson(std::move(input), {}), "[null]\n");
     EXPECT_EQ(reads, xml.size() + 1) << "a terminal has an end more than once";
 }
 
@@ -362,6 +357,7 @@ TEST(Conversion, SaysWhatIsWrongAndWhere)
         {"\n<!--\u00E9--> <a\n\n b=''/>", "2:10: 'a' is not in the namespace " + NAMESPACE},
         {" <a\n b=''\n/>", "1:2: 'a' is not in the namespace " + NAMESPACE},
         {" <!----> <a\n b=''\n/>", "1:10: 'a' is not in the namespace " + NAMESPACE},
+        {"<?xml version='1.0'?>  <a\n/>", "1:24: 'a' is not in the namespace " + NAMESPACE},
         {array("\n <nul/>"), "2:2: " + unknown + "'nul'"},
         {array("\u00E9").replace(100, 2, "<null/>\n\n<Array\n a='\n'/>"),
          "3:1: " + unknown + "'Array'"},
@@ -383,7 +379,7 @@ TEST(Conversion, SaysWhatIsWrongAndWhere)
         {map("<null key='k'/>\n<null key='k'/>"),
          "2:1: the key is repeated in its map (see --keep-repeated-keys)"},
         // Content.
-        {array("<null/>\n\u00E9"), "2:1: text outside of strings, numbers and booleans"},
+        {array("<null/>\n  x"), "2:3: text outside of strings, numbers and booleans"},
         {map("\n <![CDATA[x]]>"), "2:2: text outside of strings, numbers and booleans"},
         {array("\n<null> </null>"), "2:7: text in null, which must be empty"},
         {array(" <boolean/>"), "1:102: the content of boolean is not true, false, 1 or 0"},
@@ -402,6 +398,8 @@ TEST(Conversion, SaysWhatIsWrongAndWhere)
          "1:1: input conversion failed due to input error, bytes 0xFF 0xFF 0x3C 0x2F"},
         {"\xFE\xFF\xD8"s + '\0' + '\0' + 'a',
          "1:1: input conversion failed due to input error, bytes 0xD8 0x00 0x00 0x61"},
+        {array("\xE9"),
+         "1:101: Input is not proper UTF-8, indicate encoding ! Bytes: 0xE9 0x3C 0x2F 0x61"},
         // After the first block.
         {array(std::string(BLOCK_SIZE, '\n') + "<null/>" + std::string(BLOCK_SIZE, ' ') + "<x/>"),
          "65537:65544: " + unknown + "'x'"},
