@@ -19,7 +19,7 @@ std::string convert(std::string_view bytes, std::size_t blockSize)
 {
     std::ostringstream xml;
     try {
-        json2xml::JsonInput input(inBlocks(bytes, blockSize), json2xml::Limits());
+        json2xml::JsonInput input(inBlocks(bytes, blockSize), json2xml::Limits(), false);
         json2xml::convert(input, xml);
         return xml.str();
     } catch (const std::runtime_error& error) {

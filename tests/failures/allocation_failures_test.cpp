@@ -39,8 +39,8 @@ TEST(AllocationFailures, EndAConversionFromJson)
         const int descriptor = ::open(file.c_str(), O_RDONLY | O_CLOEXEC);
         ASSERT_GE(descriptor, 0);
         failure.during([&] {
-            json2xml::JsonInput input({tools::FileDescriptor(descriptor), "input", [](auto) {}},
-                                      {});
+            json2xml::JsonInput input({tools::FileDescriptor(descriptor), "input", [](auto) {}}, {},
+                                      false);
             json2xml::convert(input, target.get());
         });
         EXPECT_EQ(::fcntl(descriptor, F_GETFD), -1) << "the input is still open";

@@ -35,8 +35,8 @@ JsonInput::JsonInput(InputFile file, const Limits& limits, bool keepsSpecialUnit
       current(buffer.data()), visibleEnd(current), readEnd(current),
       keepsSpecialUnits(keepsSpecialUnits)
 {
-    continueAtEnd();
     skipByteOrderMark();
+    continueAtEnd();
 }
 
 std::string JsonInput::describeByte(std::size_t offset) const
@@ -102,7 +102,6 @@ void JsonInput::skipByteOrderMark()
     if (std::string_view(current, visibleEnd).starts_with(BYTE_ORDER_MARK)) {
         startPosition.column = 0; // the mark takes up no column
         current += BYTE_ORDER_MARK.size();
-        continueAtEnd();
     }
 }
 

@@ -34,7 +34,7 @@ public:
     /// Reads the first block; skips a byte order mark.
     ///
     /// @param keepsSpecialUnits surrogates without a partner are not replaced.
-    JsonInput(tarn::tools::InputFile file, const Limits& limits, bool keepsSpecialUnits = false);
+    JsonInput(tarn::tools::InputFile file, const Limits& limits, bool keepsSpecialUnits);
 
     /// The members that RapidJSON requires of an input stream. After the last byte they give NUL,
     /// however often they are called.

@@ -104,7 +104,6 @@ public:
         handler.processingInstruction = [](void* self, const xmlChar*, const xmlChar*) {
             static_cast<Context*>(self)->endEvent();
         };
-        handler.serror = reportError;
         const ErrorReports reports(this);
         // xmlCreateIOParserCtxt() would leak when memory runs out.
         parser = xmlNewParserCtxt();

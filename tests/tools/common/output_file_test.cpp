@@ -231,6 +231,10 @@ TEST(OutputFile, KeepsPiecesOfAnySizeInTheirOrder)
     }
     output.sputn("yz", 2);
     expected += "yz";
+    for (int i = 0; i < 128 * 1024; ++i) {
+        output.sputc('c');
+        expected += 'c';
+    }
     for (int round = 0; round < 20; ++round) {
         for (const std::size_t size : {0, 1, 8191, 8192, 32767, 32768, 65536, 131'072, 250'000}) {
             const std::string piece(size, static_cast<char>('a' + round));

@@ -155,6 +155,7 @@ TEST(Conversion, EscapesWhatXmlCannotHold)
         {R"(\ud83d\ude00)", "\U0001F600", false},
         {R"(\udcba\ud945\ud867)", R"(\uDCBA\uD945\uD867)", true},
         {R"(\ud83d\ud83d\ude00\u0000\udc00)", "\\uD83D\U0001F600\\u0000\\uDC00", true},
+        {std::string(255, 'a') + '\x7F', std::string(255, 'a') + "\\u007F", true},
         {R"(\ud83d\u005cude00)", R"(\uD83D\\ude00)", true},
     };
     for (const auto& [text, xml, isEscaped] : cases) {
@@ -240,7 +241,7 @@ TEST(Conversion, ReadsTokensAcrossTheEndOfABlock)
 TEST(Conversion, ReadsTokensThatComeByteByByte)
 {
     std::ostringstream xml;
-    json2xml::JsonInput input(byteByByte("\xEF\xBB\xBF[\"\u00E9\\ud83d\\ude00\",-1.5]"), {});
+    json2xml::JsonInput input(byteByByte("\xEF\xBB\xBF[\"\u00E9\\ud83d\\ude00\",-1.5]"), {}, false);
     errno = EINTR; // left behind by an earlier call
     json2xml::convert(input, xml);
     EXPECT_EQ(outlineOfXml(xml.str()), outlineOfJson("[\"\u00E9\U0001F600\",-1.5]"));
@@ -277,7 +278,7 @@ TEST(Conversion, SaysWhatIsWrongAndWhere)
         {"{\"a\":1,}", "1:8: expected a key, found '}'"},
         {"{1:2}", "1:2: expected a key, found '1'"},
         {"nULL", "1:2: expected true, false or null, found 'U'"},
-        {"fax", "1:3: expected true, false or null, found 'x'"},
+        {"fa{}", "1:3: expected true, false or null, found '{'"},
         {"NaN", "1:1: expected a value, found 'N'"},
         {"!", "1:1: expected a value, found '!'"},
         {"~", "1:1: expected a value, found '~'"},

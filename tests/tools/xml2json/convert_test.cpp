@@ -250,6 +250,7 @@ TEST(Conversion, ComparesKeysWithoutTheirEscapes)
     const std::pair<std::string, std::string> different[] = {
         {"key='a'", "escaped-key='1' key='\\u0000a'"},
         {"key='\\n'", "escaped-key='1' key='\\n'"},
+        {"escaped-key='1' key='a\\n'", "escaped-key='1' key='b\\n'"},
         {"escaped-key='1' key='\\ud83d'", "escaped-key='1' key='\\ude00'"},
         {"escaped-key='1' key='\\u00001234567a'", "escaped-key='1' key='\\u00001234567b'"},
     };
@@ -355,10 +356,11 @@ TEST(Conversion, SaysWhatIsWrongAndWhere)
         {"<array xmlns='" + NAMESPACE + "#'/>",
          "1:1: 'array' is not in the namespace " + NAMESPACE},
         {"\n<!--\u00E9--> <a\n\n b=''/>", "2:10: 'a' is not in the namespace " + NAMESPACE},
+        {"<!---->\n  <a\n/>", "2:3: 'a' is not in the namespace " + NAMESPACE},
         {" <a\n b=''\n/>", "1:2: 'a' is not in the namespace " + NAMESPACE},
         {" <!----> <a\n b=''\n/>", "1:10: 'a' is not in the namespace " + NAMESPACE},
         {"<?xml version='1.0'?>  <a\n/>", "1:24: 'a' is not in the namespace " + NAMESPACE},
-        {array("\n <nul/>"), "2:2: " + unknown + "'nul'"},
+        {array("\n <nulL/>"), "2:2: " + unknown + "'nulL'"},
         {array("\u00E9").replace(100, 2, "<null/>\n\n<Array\n a='\n'/>"),
          "3:1: " + unknown + "'Array'"},
         {array("<string>\u00E9<null/></string>"),
@@ -416,7 +418,8 @@ TEST(Conversion, NamesItsLimitsInTheHelpAndTheManual)
     constexpr xml2json::Limits LIMITS;
     for (const std::string& limit :
          {std::to_string(LIMITS.depth) + " if", std::to_string(LIMITS.numberSize) + " bytes"}) {
-        EXPECT_THAT(run({"--help"}).output, testing::HasSubstr(limit));
+        EXPECT_THAT(run({"--help"}).output,
+                    testing::ContainsRegex("Refuse maps and arrays .*" + limit));
         EXPECT_THAT(readFile(PROGRAM_MANUAL), testing::HasSubstr(limit));
     }
 }
@@ -459,11 +462,27 @@ TEST(Conversion, LimitsTheSizeOfANumber)
 
 TEST(Conversion, RefusesWhatIsNoFiniteNumber)
 {
-    for (const std::string text :
-         {"",      " ",    "-",           ".",           "1e",
-          "1e+",   "e1",   "1 2",         "0x1",         "1d",
-          "INF",   "-INF", "NaN",         "+1e999",      "-01e400",
-          "1.2.3", "--1",  "1<!-- --> 2", "1 <!-- -->2", "1<!----> <![CDATA[]]>2"}) {
+    for (const std::string text : {"",
+                                   " ",
+                                   "-",
+                                   ".",
+                                   "1e",
+                                   "1e+",
+                                   "e1",
+                                   "1 2",
+                                   "0x1",
+                                   "1d",
+                                   "INF",
+                                   "-INF",
+                                   "NaN",
+                                   "+1e999",
+                                   "-01e400",
+                                   "1.2.3",
+                                   "--1",
+                                   "1<!-- --> 2",
+                                   "1 <!-- -->2",
+                                   "1<!----> <![CDATA[]]>2",
+                                   "1<!----> <!---->2"}) {
         EXPECT_EQ(run({}, array("<number>" + text + "</number>")).status, 1) << text;
     }
 }
