@@ -119,11 +119,7 @@ public:
     }
     Context(const Context&) = delete;
     Context& operator=(const Context&) = delete;
-    ~Context()
-    {
-        xmlFreeDoc(parser->myDoc); // libxml2 keeps declarations there
-        xmlFreeParserCtxt(parser);
-    }
+    ~Context() { xmlFreeParserCtxt(parser); }
 
     void parse(XmlEvents& receiver)
     {
