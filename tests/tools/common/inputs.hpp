@@ -3,6 +3,7 @@
 
 #include "tools/common/program.hpp"
 
+#include <algorithm>
 #include <string_view>
 #include <sys/mman.h>
 #include <sys/socket.h>
@@ -25,18 +26,21 @@ inline InputFile inputOf(std::string_view text)
     return {std::move(file), "input", [](std::uint64_t) {}};
 }
 
-/// An input of @p text, which must be short, that comes one byte at a time.
-inline InputFile byteByByte(std::string_view text)
+/// An input from which each read gives the next @p size bytes of @p text, in few reads.
+inline InputFile inBlocks(std::string_view text, std::size_t size)
 {
     int ends[2];
     if (::socketpair(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC, 0, ends) != 0) {
         throwSystemError("socketpair");
     }
-    const FileDescriptor writeEnd(ends[1]);
-    for (const char& byte : text) {
-        ::send(writeEnd.get(), &byte, 1, 0); // what is sent is read alone
+    const FileDescriptor writeEnd(ends[0]);
+    FileDescriptor readEnd(ends[1]);
+    for (; !text.empty(); text.remove_prefix(std::min(size, text.size()))) {
+        if (::send(writeEnd.get(), text.data(), std::min(size, text.size()), MSG_DONTWAIT) < 0) {
+            throwSystemError("send");
+        }
     }
-    return {FileDescriptor(ends[0]), "input", [](std::uint64_t) {}};
+    return {std::move(readEnd), "input", [](std::uint64_t) {}};
 }
 
 } // namespace tarn::tools::test

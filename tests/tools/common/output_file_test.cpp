@@ -16,6 +16,7 @@
 #include <sys/stat.h>
 #include <sys/syscall.h>
 #include <system_error>
+#include <tuple>
 #include <unistd.h>
 #include <utility>
 #include <vector>
@@ -115,12 +116,7 @@ int replace(const std::string& path)
 
 TEST(OutputFile, KeepsTheOldFileIfTheNewOneCannotBeWrittenToDisk)
 {
-    const struct
-    {
-        int& nextError;
-        int error;
-        int reported;
-    } cases[] = {
+    const std::tuple<int&, int, int> cases[] = {
         {errorOfFsync, EIO, EIO},        {errorOfFsync, EDQUOT, EDQUOT}, {errorOfFsync, EINTR, 0},
         {errorOfFsync, EINVAL, 0},       {errorOfFsync, ENOTSUP, 0},     {errorOfClose, EIO, EIO},
         {errorOfClose, ENOSPC, ENOSPC},  {errorOfWrite, EIO, EIO},       {errorOfWrite, EINTR, 0},

@@ -12,6 +12,7 @@
 #include <sstream>
 #include <string>
 #include <sys/resource.h>
+#include <tuple>
 
 namespace {
 
@@ -70,12 +71,8 @@ TEST(Conversion, WritesOneElementForEachValue)
 
 TEST(Conversion, WritesWhatAParserReadsBack)
 {
-    const struct
-    {
-        std::string json;
-        /// JSON with the same meaning, without anything in which readers differ.
-        std::string plain;
-    } cases[] = {
+    // JSON, and the same without anything in which readers differ.
+    const std::pair<std::string, std::string> cases[] = {
         {" \t\r\n\"\" ", "\"\""},
         {"\xEF\xBB\xBF[true]", "[true]"},
         {R"({"k":1,"k":2,"k":1})", R"({"k":1,"k":2,"k":1})"},
@@ -105,29 +102,25 @@ TEST(Conversion, WritesWhatAParserReadsBack)
 
 TEST(Conversion, TakesEveryCharacterAtEveryPlaceOfAString)
 {
-    const struct
-    {
-        std::string json;
-        std::string xml;
-    } characters[] = {{"~", "~"},
-                      {"<", "&lt;"},
-                      {"\\\"", "&quot;"},
-                      {"\\r", "&#13;"},
-                      {"\x7F", "\x7F"},
-                      {"\xC2\x80", "\xC2\x80"},
-                      {"\\u0001", "\uFFFD"},
-                      {"\uFFFF", "\uFFFD"},
-                      {"\U00010000", "\U00010000"}};
+    const std::pair<std::string, std::string> characters[] = {{"~", "~"},
+                                                              {"<", "&lt;"},
+                                                              {"\\\"", "&quot;"},
+                                                              {"\\r", "&#13;"},
+                                                              {"\x7F", "\x7F"},
+                                                              {"\xC2\x80", "\xC2\x80"},
+                                                              {"\\u0001", "\uFFFD"},
+                                                              {"\uFFFF", "\uFFFD"},
+                                                              {"\U00010000", "\U00010000"}};
     const std::size_t lengths[] = {0,  1,   7,   8,   15,  16,  17,  31,
                                    32, 250, 253, 254, 255, 256, 257, 70'000};
     std::string json = "[0";
     std::string xml;
-    for (const auto& character : characters) {
+    for (const auto& [written, expected] : characters) {
         for (const std::size_t before : lengths) {
             for (const std::string after : {"", "b", "bbbbbbbbbbbbbbbbbbbb"}) {
                 const std::string start(before, 'a');
-                json += ",\n\"" + start + character.json + after + '"';
-                xml += "  <string>" + start + character.xml + after + "</string>\n";
+                json += ",\n\"" + start + written + after + '"';
+                xml += "  <string>" + start + expected + after + "</string>\n";
             }
         }
     }
@@ -139,12 +132,7 @@ TEST(Conversion, TakesEveryCharacterAtEveryPlaceOfAString)
 
 TEST(Conversion, EscapesWhatXmlCannotHold)
 {
-    const struct
-    {
-        std::string text;
-        std::string xml;
-        bool isEscaped;
-    } cases[] = {
+    const std::tuple<std::string, std::string, bool> cases[] = {
         {R"( ~\"\/\u00e9\ud7ff\uFFFD\uE000)", " ~&quot;/\u00E9\uD7FF\uFFFD\uE000", false},
         {R"(\u0000\u001F\u007f\u0080\u008a\u009F\u00a0)",
          R"(\u0000\u001F\u007F\u0080\u008A\u009F)"
@@ -241,7 +229,8 @@ TEST(Conversion, ReadsTokensAcrossTheEndOfABlock)
 TEST(Conversion, ReadsTokensThatComeByteByByte)
 {
     std::ostringstream xml;
-    json2xml::JsonInput input(byteByByte("\xEF\xBB\xBF[\"\u00E9\\ud83d\\ude00\",-1.5]"), {}, false);
+    json2xml::JsonInput input(inBlocks("\xEF\xBB\xBF[\"\u00E9\\ud83d\\ude00\",-1.5]", 1), {},
+                              false);
     errno = EINTR; // left behind by an earlier call
     json2xml::convert(input, xml);
     EXPECT_EQ(outlineOfXml(xml.str()), outlineOfJson("[\"\u00E9\U0001F600\",-1.5]"));

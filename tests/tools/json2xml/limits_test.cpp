@@ -9,6 +9,7 @@
 #include <sstream>
 #include <stdexcept>
 #include <string>
+#include <tuple>
 
 namespace {
 
@@ -66,12 +67,7 @@ TEST(Limits, StopsReadingAndNamesWhereATokenBegins)
 {
     constexpr std::size_t LIMIT = 4 * BLOCK_SIZE;
     constexpr Limits LIMITS{.stringSize = LIMIT, .numberSize = LIMIT};
-    const struct
-    {
-        std::string start;
-        std::string repeated;
-        std::string token;
-    } cases[] = {
+    const std::tuple<std::string, std::string, std::string> cases[] = {
         {"\"", "a", "string"},  {"\"", "\u00E9", "string"}, {"\"", R"(\\)", "string"},
         {"{\"", "k", "string"}, {"-1.", "2", "number"},     {"", "1", "number"},
     };
@@ -96,7 +92,7 @@ TEST(Limits, NameWhereATokenBeginsThatComesByteByByte)
 {
     for (std::size_t limit = 1; limit < 25; ++limit) {
         std::uint64_t bytesRead = 0;
-        EXPECT_EQ(problem(byteByByte("[\n1, \"" + std::string(30, 'a')), {.stringSize = limit},
+        EXPECT_EQ(problem(inBlocks("[\n1, \"" + std::string(30, 'a'), 1), {.stringSize = limit},
                           bytesRead),
                   "input:2:4: a string longer than " + std::to_string(limit) + " bytes");
     }

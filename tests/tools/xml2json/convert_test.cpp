@@ -10,6 +10,7 @@
 #include <stdexcept>
 #include <string>
 #include <sys/resource.h>
+#include <tuple>
 
 namespace {
 
@@ -125,12 +126,7 @@ TEST(Conversion, WritesOneValueForEachElement)
 
 TEST(Conversion, EscapesStringsAndKeys)
 {
-    const struct
-    {
-        std::string escaped;
-        std::string text;
-        std::string json;
-    } cases[] = {
+    const std::tuple<std::string, std::string, std::string> cases[] = {
         {"", "\"\\/&amp;&lt;'&#9;&#10;&#13;", R"(\"\\\/&<'\t\n\r)"},
         {"false", R"(\n\u0041)", R"(\\n\\u0041)"},
         {"0", "\x7F\u0080\u0091\u0084\u009F\u00A0\u00C2\U0001F600",
@@ -223,7 +219,7 @@ TEST(Conversion, ReadsByteByByteUpToTheFirstEnd)
 {
     const std::string xml = array("<!----><null/>");
     std::size_t reads = 0;
-    tarn::tools::InputFile input = byteByByte(xml);
+    tarn::tools::InputFile input = inBlocks(xml, 1);
     input.onBlock = [&](std::uint64_t) { ++reads; };
     EXPECT_EQ(toJson(std::move(input), {}), "[null]\n");
     EXPECT_EQ(reads, xml.size() + 1) << "a terminal has an end more than once";
@@ -313,14 +309,11 @@ TEST(Conversion, LaysTheJsonOut)
 TEST(Conversion, LimitsTheDepth)
 {
     const auto nested = [](std::size_t depth) {
-        std::string xml = "<array xmlns=\"" + NAMESPACE + "\">";
+        std::string xml;
         for (std::size_t i = 1; i < depth; ++i) {
-            xml += "<array>";
+            xml = "<array>" + xml + "</array>";
         }
-        for (std::size_t i = 1; i < depth; ++i) {
-            xml += "</array>";
-        }
-        return xml + "</array>";
+        return array(xml);
     };
     EXPECT_EQ(run({}, nested(1000)).output, std::string(1000, '[') + std::string(1000, ']') + '\n');
     EXPECT_THAT(run({}, nested(1001)).error, testing::HasSubstr("nested deeper than 1000 levels"));
