@@ -73,7 +73,7 @@ TEST(Invocation, NamesAnInputThatCannotBeRead)
     EXPECT_EQ(result.error, PROGRAM_NAME + ": " + missing + ": No such file or directory\n");
     EXPECT_EQ(run({directory / ""}).error,
               PROGRAM_NAME + ": " + directory / "" + ": Is a directory\n");
-    EXPECT_EQ(run({"-o", directory / "file"}, "", "&- <&-").error,
+    EXPECT_EQ(run({"-o", directory / "file"}, "", directory / "out" + " <&-").error,
               PROGRAM_NAME + ": <stdin>: Bad file descriptor\n");
 }
 

@@ -256,6 +256,7 @@ TEST(Conversion, SaysWhatIsWrongAndWhere)
         {"[1,", "1:4: expected a value, found the end of the input"},
         {"{\"a\":{\n\"b\"", "2:4: expected ':', found the end of the input"},
         {"[\"abc", "1:6: expected the end of a string, found the end of the input"},
+        {"\"a\\", "1:3: the input ends inside an escape sequence"},
         {"\"a\\u00", "1:3: the input ends inside an escape sequence"},
         {"tru", "1:4: expected true, false or null, found the end of the input"},
         {"\"\u00E9\x1F\"", "1:3: expected an escape sequence, found byte 0x1F"},

@@ -108,7 +108,6 @@ TEST(Limits, LimitsTheDepth)
               "json2xml: <stdin>:1:1001: nested deeper than 1000 levels (see --max-depth)\n");
     EXPECT_EQ(run({"--max-depth", "1"}, "[1,[]]").error,
               "json2xml: <stdin>:1:4: nested deeper than 1 levels (see --max-depth)\n");
-    EXPECT_EQ(run({"--max-depth", "1"}, "[[").status, 1);
     EXPECT_EQ(run({"--max-depth", "2"}, "[{},{}]").error, "");
     EXPECT_EQ(run({"--max-depth", "0"}, "1").error, "");
     EXPECT_EQ(run({"--max-depth", "0"}, "{}").status, 1);
