@@ -213,8 +213,9 @@ class WithChoices:
         self.put_all(0, len(source.tokens), order, ())
         self.put(source.text[source.tokens[-1].end:], ())
 
-    def faults_on(self, line):
-        return self.numbers_of_line[line] if line < len(self.numbers_of_line) else ()
+    def faults_on(self, line, reach=0):
+        """Returns the numbers of the faults on a line, or on the first of so many lines behind it that has some."""
+        return next(filter(None, self.numbers_of_line[line:line + reach + 1]), ())
 
     def has(self, number):
         return any(number in numbers for numbers in self.numbers_of_line)
