@@ -15,11 +15,11 @@ namespace tarn::fuzz {
 namespace {
 
 /// The XML, or the message of the error.
-std::string convert(std::string_view bytes, std::size_t blockSize)
+std::string convert(tools::InputFile file)
 {
     std::ostringstream xml;
     try {
-        json2xml::JsonInput input(inBlocks(bytes, blockSize), json2xml::Limits(), false);
+        json2xml::JsonInput input(std::move(file), json2xml::Limits(), false);
         json2xml::convert(input, xml);
         return xml.str();
     } catch (const std::runtime_error& error) {
@@ -52,8 +52,8 @@ void check(std::string_view bytes)
     if (bytes.size() > LONGEST) {
         return;
     }
-    const std::string outcome = convert(bytes, LONGEST);
-    const std::string inSmallBlocks = convert(bytes, smallBlockSize(bytes));
+    const std::string outcome = convert(inBlocks(bytes, LONGEST));
+    const std::string inSmallBlocks = convert(inBlocks(bytes, smallBlockSize(bytes)));
     require(outcome == inSmallBlocks,
             "in one block: " + outcome + "\nin small blocks: " + inSmallBlocks);
     const bool isXml = outcome.starts_with('<');

@@ -17,10 +17,10 @@ using namespace tools::test;
 constexpr xml2json::Format BACK{.keepsRepeatedKeys = true};
 
 /// The JSON, or the message of the error, which does not end in a line feed.
-std::string convert(std::string_view bytes, std::size_t blockSize)
+std::string convert(tools::InputFile input)
 {
     try {
-        return toJson(inBlocks(bytes, blockSize), BACK);
+        return toJson(std::move(input), BACK);
     } catch (const std::runtime_error& error) {
         return error.what();
     }
@@ -31,8 +31,8 @@ void check(std::string_view bytes)
     if (bytes.size() > LONGEST) {
         return;
     }
-    const std::string outcome = convert(bytes, LONGEST);
-    const std::string inSmallBlocks = convert(bytes, smallBlockSize(bytes));
+    const std::string outcome = convert(inBlocks(bytes, LONGEST));
+    const std::string inSmallBlocks = convert(inBlocks(bytes, smallBlockSize(bytes)));
     require(outcome.ends_with('\n') == inSmallBlocks.ends_with('\n') &&
                 (!outcome.ends_with('\n') || outcome == inSmallBlocks),
             "in one block: " + outcome + "\nin small blocks: " + inSmallBlocks);

@@ -35,8 +35,8 @@ void holdStandardStreams()
 {
     for (const int stream : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
         if (::fcntl(stream, F_GETFD) == -1) {
-            [[maybe_unused]] const int held =
-                ::open("/", O_PATH | O_CLOEXEC); // the lowest that is free
+            // It gets the lowest number that is free.
+            [[maybe_unused]] const int held = ::open("/", O_PATH | O_CLOEXEC);
         }
     }
 }
