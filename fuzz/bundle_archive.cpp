@@ -3,7 +3,7 @@
 //
 // Bundles are installed into a new registry for each input, because the registry of the process
 // would remember earlier inputs.
-#include "fuzz/require.hpp"
+#include "fuzz/target.hpp"
 #include "support/Input.hpp"
 #include "support/zip.hpp"
 
@@ -93,13 +93,11 @@ void install(std::string_view bytes)
 
 } // namespace
 
-} // namespace tarn::fuzz
-
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t size)
+void check(std::string_view bytes)
 {
-    const std::string_view input(reinterpret_cast<const char*>(bytes), size);
-    tarn::fuzz::install(input);
-    tarn::fuzz::install(tarn::tests::zip({{"bundle/manifest.json", std::string(input)}}));
-    tarn::fuzz::install(tarn::fuzz::makeArchive({bytes, size}));
-    return 0;
+    install(bytes);
+    install(tests::zip({{"bundle/manifest.json", std::string(bytes)}}));
+    install(makeArchive(Input(bytes)));
 }
+
+} // namespace tarn::fuzz

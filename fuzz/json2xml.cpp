@@ -1,7 +1,7 @@
 // Takes any bytes as the input of json2xml. JSON must become XML that says the same, and the result
 // must not depend on the blocks that the input comes in.
 #include "fuzz/in_blocks.hpp"
-#include "fuzz/require.hpp"
+#include "fuzz/target.hpp"
 #include "support/difference.hpp"
 #include "tests/tools/json2xml/json_outline.hpp"
 #include "tools/json2xml/convert.hpp"
@@ -47,6 +47,8 @@ std::string replaceForbidden(std::string_view text)
     return replaced;
 }
 
+} // namespace
+
 void check(std::string_view bytes)
 {
     if (bytes.size() > LONGEST) {
@@ -66,12 +68,4 @@ void check(std::string_view bytes)
     }
 }
 
-} // namespace
-
 } // namespace tarn::fuzz
-
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t size)
-{
-    tarn::fuzz::check({reinterpret_cast<const char*>(bytes), size});
-    return 0;
-}

@@ -1,7 +1,7 @@
 // Takes any bytes as the input of xml2json. The result must not depend on the blocks that the input
 // comes in. What is accepted must be well-formed XML, and what is written JSON.
 #include "fuzz/in_blocks.hpp"
-#include "fuzz/require.hpp"
+#include "fuzz/target.hpp"
 #include "support/xml_outline.hpp"
 #include "tests/tools/common/conversions.hpp"
 #include "tests/tools/common/json_value.hpp"
@@ -26,6 +26,8 @@ std::string convert(tools::InputFile input)
     }
 }
 
+} // namespace
+
 void check(std::string_view bytes)
 {
     if (bytes.size() > LONGEST) {
@@ -46,12 +48,4 @@ void check(std::string_view bytes)
     require(valueOfJson(again) == valueOfJson(outcome), outcome + "becomes " + again);
 }
 
-} // namespace
-
 } // namespace tarn::fuzz
-
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t size)
-{
-    tarn::fuzz::check({reinterpret_cast<const char*>(bytes), size});
-    return 0;
-}

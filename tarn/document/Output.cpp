@@ -11,7 +11,7 @@ namespace {
 
 void requireGood(const std::ostream& stream)
 {
-    if (!stream) {
+    if (!stream.good()) { // it would write nothing at the end of its input either
         throw Refusal{"the stream has failed"};
     }
 }

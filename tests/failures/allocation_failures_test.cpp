@@ -7,24 +7,11 @@
 #include <tools/xml2json/convert.hpp>
 
 #include <fcntl.h>
-#include <spanstream>
 #include <string>
-#include <string_view>
-#include <vector>
 
 namespace tarn::tests {
 
 namespace {
-
-/// A stream that takes bytes without allocating.
-struct StreamTarget
-{
-    std::vector<char> bytes = std::vector<char>(100'000);
-    std::ospanstream stream{bytes};
-
-    std::ostream& get() { return stream; }
-    std::string_view view() { return {stream.span().data(), stream.span().size()}; }
-};
 
 TEST(AllocationFailures, EndAConversionFromJson)
 {
@@ -35,7 +22,7 @@ TEST(AllocationFailures, EndAConversionFromJson)
                         std::string(9000, 'x') + "\"}]]]], \"number\": " + std::string(100, '9') +
                         "}");
     failEachAllocation([&](FailingAllocation& failure) {
-        StreamTarget target;
+        ToStream target;
         const int descriptor = ::open(file.c_str(), O_RDONLY | O_CLOEXEC);
         ASSERT_GE(descriptor, 0);
         failure.during([&] {
@@ -56,14 +43,14 @@ TEST(AllocationFailures, EndAConversionToJson)
                     R"(<number> +1.5e300</number><boolean>1</boolean><null/></array><?p i?>)"
                     R"(<string key="\ud800 \u00e9 and more" escaped-key="true">)" +
                         std::string(70'000, 'x') + "<![CDATA[<]]>&lt;</string></map>");
-    const auto convert = [&](StreamTarget& target, int descriptor) {
+    const auto convert = [&](ToStream& target, int descriptor) {
         xml2json::convert({tools::FileDescriptor(descriptor), "input", [](auto) {}}, target.get(),
                           {}, {});
     };
-    StreamTarget whole;
+    ToStream whole;
     convert(whole, ::open(file.c_str(), O_RDONLY | O_CLOEXEC)); // libxml2 keeps what it begins with
     failEachAllocation([&](FailingAllocation& failure) {
-        StreamTarget target;
+        ToStream target;
         const int descriptor = ::open(file.c_str(), O_RDONLY | O_CLOEXEC);
         ASSERT_GE(descriptor, 0);
         if (!failure.during([&] { convert(target, descriptor); })) {

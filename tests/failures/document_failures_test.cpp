@@ -13,7 +13,6 @@
 #include <limits>
 #include <optional>
 #include <ostream>
-#include <spanstream>
 #include <stdexcept>
 #include <streambuf>
 #include <string>
@@ -238,17 +237,6 @@ struct ToFunction
     void forget() { text.clear(); }
 };
 
-/// A stream that takes bytes without allocating.
-struct ToStream
-{
-    std::vector<char> bytes = std::vector<char>(1'000'000);
-    std::ospanstream stream{bytes};
-
-    std::ostream& get() { return stream; }
-    std::string_view view() const { return {stream.span().data(), stream.span().size()}; }
-    void forget() { stream.seekp(0); }
-};
-
 template <class Target>
 class DocumentFailures : public testing::Test
 {
@@ -335,7 +323,7 @@ TEST(DocumentFailures, OfMemoryInADestructorAreThrownByFinish)
     EXPECT_GT(outcomesOfFailures<ToString>(steps).inDestructors, 0);
 }
 
-TYPED_TEST(DocumentFailures, DoNotComeOfMemoryOnceADocumentHasBeenWritten)
+TYPED_TEST(DocumentFailures, CannotComeOfMemoryForTheSameDocumentAgain)
 {
     std::vector<Step> steps = stepsOfDocument(9000, MOST_LEVELS);
     std::erase_if(steps, &Step::isRefused);
@@ -352,7 +340,7 @@ TYPED_TEST(DocumentFailures, DoNotComeOfMemoryOnceADocumentHasBeenWritten)
     EXPECT_EQ(target.view(), first);
 }
 
-TEST(DocumentFailures, ThatWouldNeedMoreMemoryForMoreChildren)
+TEST(DocumentMemory, DoesNotGrowWithTheNumberOfChildren)
 {
     Document document([](std::string_view) {});
     const auto allocations = [&](int children) {

@@ -220,6 +220,19 @@ TEST(WriterFailures, OfMemoryLeaveTheTextAndTheStateOfAStep)
     });
 }
 
+TEST(WriterFailures, OfMemoryForANameComesBeforeTheTextOfIt)
+{
+    const std::u16string name = u"too-long-for-a-string-without-an-allocation";
+    failEachAllocation([&](FailingAllocation& failure) {
+        std::u16string target;
+        target.reserve(1000);
+        std::optional<utils::XmlWriter> writer;
+        const bool hasFailed = failure.during([&] { writer.emplace(target); }) ||
+                               failure.during([&] { writer->writeStartElement(name, u"", u""); });
+        EXPECT_EQ(target, hasFailed ? u"" : u"\n<" + name);
+    });
+}
+
 TEST(WriterFailures, OfMemoryInAConversionLoseAndDoubleNothing)
 {
     const std::u16string batch(8192, u'\u4E2D');

@@ -3,6 +3,10 @@
 // binary interface (docs/compatibility.md).
 
 #include <tarn/document/Document.hpp>
+#ifdef WITH_SERVICES
+#include <tarn/services/BundleContainer.hpp>
+#include <tarn/services/CrashDataService.hpp>
+#endif
 #include <tarn/xml/XmlWriter.hpp>
 
 #include <cstddef>
@@ -42,5 +46,21 @@ static_assert(isLaidOut<Fragment, 4 * WORD> && std::is_nothrow_move_constructibl
 static_assert(sizeof(Options) == 12 && offsetof(Options, unrepresentable) == 4);
 static_assert(offsetof(Options, declaration) == 8 && std::is_trivially_copyable_v<Options>);
 static_assert(isLaidOut<Error, 2 * WORD> && std::has_virtual_destructor_v<Error>);
+
+#ifdef WITH_SERVICES
+using namespace tarn::utils::services;
+
+static_assert(isLaidOut<BundleContainer, 3 * WORD> && !std::is_polymorphic_v<BundleContainer>);
+static_assert(!std::is_move_constructible_v<BundleContainer>);
+static_assert(isLaidOut<BundleContainer::Bundles, 2 * WORD>);
+static_assert(std::is_trivially_copyable_v<BundleContainer::Bundles>);
+#ifdef EMBEDDED_FRAMEWORK
+static_assert(isLaidOut<cppmicroservices::Bundle, 3 * WORD>);
+#endif
+// scripts/abi compares the order of the virtual operations.
+static_assert(isLaidOut<CrashDataService, WORD> && std::is_abstract_v<CrashDataService>);
+static_assert(std::has_virtual_destructor_v<CrashDataService>);
+static_assert(!std::is_copy_constructible_v<CrashDataService>);
+#endif
 
 } // namespace

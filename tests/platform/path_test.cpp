@@ -1,4 +1,5 @@
 #include <corda/filesystem/detail/make_native_form.hpp>
+#include <halyard/cppmicroservices/readable_file.hpp>
 
 #include <gtest/gtest.h>
 
@@ -33,6 +34,18 @@ TEST(MakeNativeForm, WritesAPathInItsShortestForm)
     for (const auto& [path, shortest] : cases) {
         EXPECT_EQ(detail::make_native_form(path, true), shortest);
         EXPECT_EQ(detail::make_native_form(path, false), path);
+    }
+}
+
+TEST(FileIdentity, TellsFilesWithOneNumberOnTwoDevicesApart)
+{
+    using halyard::cppmicroservices::file_identity;
+    const file_identity identities[] = {{1, 7}, {1, 8}, {2, 7}, {2, 8}};
+    for (const file_identity& left : identities) {
+        for (const file_identity& right : identities) {
+            EXPECT_EQ(left == right, &left == &right);
+            EXPECT_EQ(left < right, &left < &right);
+        }
     }
 }
 

@@ -179,6 +179,15 @@ std::string objectFile(
 TEST(BundleContainer, FindsTheSectionOfAnObjectFile)
 {
     const std::string resources = ".us_resources";
+    // An archive that begins with its directory. The last bytes of its entry are to be behind it.
+    constexpr std::size_t COMMENT = 5000, BEHIND = 20;
+    const std::string archive = newBundle();
+    const std::size_t entrySize = archive.rfind("PK\1\2");
+    std::string across = archive.substr(entrySize);
+    across.replace(42, 4, detail::bytesOf(across.size() + COMMENT, 4));
+    across.replace(across.size() - 6, 6,
+                   detail::bytesOf(0, 4) + detail::bytesOf(COMMENT + entrySize - BEHIND, 2));
+    across += std::string(COMMENT, '~') + archive.substr(0, entrySize);
     const auto nothingInFile = [](ObjectTables& tables) {
         tables.section.sh_type = SHT_NOBITS;
         tables.section.sh_size = 40;
@@ -186,6 +195,12 @@ TEST(BundleContainer, FindsTheSectionOfAnObjectFile)
     std::vector<std::pair<std::string, std::string>> files = {
         {objectFile(resources, newBundle()), "installed {"},
         {objectFile(resources, "text"), "the archive's directory is damaged"},
+        {objectFile(resources, across,
+                    [](ObjectTables& tables) { tables.section.sh_size -= BEHIND; }),
+         "manifest.json is damaged"},
+        // The section counts, whatever is behind it.
+        {objectFile(resources, bundleZip("in-section")) + newBundle(), "{ \"in-section\" }"},
+        {objectFile(resources, newBundle()) + std::string(70'000, '~'), "installed {"},
         // Other sections, with an archive behind them.
         {objectFile(".us_resource", "text") + newBundle(), "installed {"},
         {objectFile(".us_resources2", "text") + newBundle(), "installed {"},
@@ -259,6 +274,12 @@ TEST(BundleContainer, FindsTheEndOfAnArchive)
         files.emplace_back(std::string(size, '~') + newBundle(), "installed {");
     }
     expectOutcomes(files);
+    // Where 32 bits do not reach.
+    const Directory huge;
+    writeFile(huge / "file", "");
+    std::filesystem::resize_file(huge / "file", std::uintmax_t{5} << 30);
+    std::ofstream(huge / "file", std::ios::binary | std::ios::app) << newBundle();
+    EXPECT_THAT(refusal(huge / "file"), HasSubstr("installed {"));
 }
 
 TEST(BundleContainer, GivesTheSameBundlesForTheSameFile)
@@ -300,6 +321,15 @@ TEST(BundleContainer, KnowsAFileByEveryPathThatLeadsToIt)
           "here/here/a-link.zip", "inside/../m-file.zip", "here", "."}) {
         EXPECT_EQ(install(directory / path), bundles) << path;
     }
+    // A component `..` after a link leads from where the link does.
+    std::filesystem::create_directory(directory / "inside/deeper");
+    std::filesystem::create_directory_symlink("inside/deeper", directory / "down");
+    writeFile(directory / "inside/up", bundleZip("by-a-link-first"));
+    EXPECT_EQ(install(directory / "down/../up").front().GetLocation(), directory / "inside/up");
+    // A link that has taken the place of the file, which has another name now.
+    std::filesystem::rename(file, directory / "moved.zip");
+    std::filesystem::create_symlink("moved.zip", file);
+    EXPECT_EQ(install(directory / "moved.zip"), bundles);
     // A link that leads to another file now, and a file that takes the place of one removed.
     writeFile(directory / "other", bundleZip("of-the-other"));
     std::filesystem::remove(directory / "a-link.zip");
@@ -312,6 +342,10 @@ TEST(BundleContainer, KnowsAFileByEveryPathThatLeadsToIt)
         const std::string name = "later-" + std::to_string(i);
         writeFile(directory / name, bundleZip(name));
         EXPECT_THAT(namesOf(install(directory / name)), ElementsAre(name));
+        // Its path is the one that counts, not that of the file before.
+        std::filesystem::create_hard_link(directory / name, directory / "again");
+        EXPECT_THAT(namesOf(install(directory / "again")), ElementsAre(name));
+        std::filesystem::remove(directory / "again");
         std::filesystem::remove(directory / name);
     }
 }
@@ -324,6 +358,7 @@ TEST(BundleContainer, InstallsADirectoryInTheOrderOfItsFiles)
     writeFile(directory / "\xFF.zip", bundleZip("of-name-in-no-encoding"));
     std::filesystem::create_symlink("b2", directory / "c.zip");
     writeFile(directory / "b2", bundleZip("of-link"));
+    writeFile(directory / ".zip", bundleZip("of-ending"));
     // No bundles, or not to be looked for.
     writeFile(directory / "plain.so", readFile(SHARED_LIBRARY));
     writeFile(directory / "constant.so", readFile(SHARED_LIBRARY) + "PK\5\6" + std::string(99, 7));
@@ -333,12 +368,14 @@ TEST(BundleContainer, InstallsADirectoryInTheOrderOfItsFiles)
     writeFile(directory / "data.zip", zip({{"readme", "text"}, {"folder/readme", "text"}}));
     writeFile(directory / "d.zip.old", bundleZip("of-other-ending"));
     writeFile(directory / "libd.so.1", bundleZip("of-other-ending"));
+    writeFile(directory / "d.ZIP", bundleZip("of-other-ending"));
     std::filesystem::create_directory(directory / "e.zip");
     writeFile(directory / "e.zip/f.zip", bundleZip("of-directory-inside"));
     ASSERT_EQ(::mkfifo((directory / "pipe.so").c_str(), 0600), 0);
 
     const std::vector<Bundle> bundles = install(directory / "");
-    EXPECT_THAT(namesOf(bundles), ElementsAre("of-b", "of-a", "of-link", "of-name-in-no-encoding"));
+    EXPECT_THAT(namesOf(bundles),
+                ElementsAre("of-b", "of-ending", "of-a", "of-link", "of-name-in-no-encoding"));
     EXPECT_EQ(bundles.front().GetLocation(), directory / ".b.zip");
     EXPECT_EQ(install(directory / "."), bundles);
 
@@ -421,6 +458,7 @@ TEST(BundleContainer, SaysWhatIsWrongWithAFile)
         {withManifest("{}"), "no bundle.symbolic_name"},
         {withManifest(R"({"x":{"bundle.symbolic_name":"x"}})"), "no bundle.symbolic_name"},
         {withManifest(R"({"bundle.symbolic_name":""})"), "no bundle.symbolic_name"},
+        {withManifest(R"({"bundle.symbolic_name\u0000":"x"})"), "no bundle.symbolic_name"},
         {withManifest(R"({"bundle.symbolic_name":"%"})"), "no bundle.symbolic_name"},
         {withManifest(R"({"bundle.symbolic_name":7})"), "no bundle.symbolic_name"},
         {withManifest(R"({"bundle.symbolic_name":{"a":"x"}})"), "no bundle.symbolic_name"},
@@ -573,13 +611,14 @@ TEST(BundleContainer, TakesPathsOfEveryKindAndRefusesWhatIsNone)
         {u"/tmp/a\xD800", "\"/tmp/a\uFFFD\" cannot be a path: unpaired surrogate at index 6"},
         {u"/tmp/\0b"s, "\"/tmp/\" cannot be a path: NUL at index 5"},
     };
-    const int unused = ::dup(0);
-    ::close(unused);
+    // Without a standard input, the first file that is opened takes its number.
+    const int input = ::dup(0);
+    ::close(0);
     for (const auto& [path, problem] : cases) {
         EXPECT_THAT(refusal(path), HasSubstr(problem));
     }
-    EXPECT_EQ(::dup(0), unused) << "a file is left open";
-    ::close(unused);
+    EXPECT_EQ(::dup(input), 0) << "a file is left open";
+    ::close(input);
 }
 
 TEST(BundleContainer, SaysThatAFileCannotBeReadToTheEnd)

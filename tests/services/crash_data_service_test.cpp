@@ -2,7 +2,6 @@
 
 #include <tarn/services/CrashDataService.hpp>
 
-#include <cstring>
 #include <dlfcn.h>
 #include <gtest/gtest.h>
 #include <memory>
@@ -28,28 +27,6 @@ TEST(CrashDataService, IsUsedAcrossModules)
     EXPECT_THROW(service->setCrashData(u"", u""), std::invalid_argument);
     service.reset();
     EXPECT_EQ(calls, u"document=feed.xml;-document;~");
-}
-
-/// The order that the binary interface promises: destructor, setCrashData, removeCrashData.
-TEST(CrashDataService, KeepsItsVirtualOperationsInOrder)
-{
-    struct Recorder : CrashDataService
-    {
-        void setCrashData(const std::u16string&, const std::u16string&) override { called = 's'; }
-        void removeCrashData(const std::u16string&) override { called = 'r'; }
-        char called = ' ';
-    } recorder;
-
-    // By the Itanium ABI, which the platform uses, two entries belong to the destructor.
-    using Slot = void (*)(CrashDataService*, const std::u16string*, const std::u16string*);
-    const CrashDataService& service = recorder;
-    const Slot* table = nullptr;
-    std::memcpy(&table, static_cast<const void*>(&service), sizeof(table));
-    const std::u16string text;
-    table[2](&recorder, &text, &text);
-    EXPECT_EQ(recorder.called, 's');
-    table[3](&recorder, &text, nullptr);
-    EXPECT_EQ(recorder.called, 'r');
 }
 
 } // namespace

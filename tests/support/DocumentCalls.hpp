@@ -16,7 +16,6 @@
 #include <array>
 #include <chrono>
 #include <exception>
-#include <functional>
 #include <limits>
 #include <optional>
 #include <sstream>
@@ -27,8 +26,8 @@
 
 namespace tarn::tests {
 
-/// Makes the calls that an input chooses on a document, and the allowed ones on a second document
-/// that never gets another. The bytes of both must be the same.
+/// Makes the calls that an input chooses on a document, and only the allowed ones on a second one.
+/// The bytes of both must be the same.
 class DocumentCalls
 {
 public:
@@ -778,15 +777,17 @@ private:
             &Calls::declare, &Calls::instruction, &Calls::comment, &Calls::text,  &Calls::text,
             &Calls::cdata,   &Calls::base64,      &Calls::add,     &Calls::raw};
         const std::size_t choice = input.below(16);
-        return choice == 0 ? block() : choice == 1 ? seldom(slot) : (this->*input.pick(MAKE))(slot);
+        return choice == 0   ? block()
+               : choice == 1 ? rareCall(slot)
+                             : (this->*input.pick(MAKE))(slot);
     }
 
-    void seldom(std::size_t slot)
+    void rareCall(std::size_t slot)
     {
         const std::size_t choice = input.below(8);
-        const bool isWhole = choice < 2 && input.below(4) == 0;
-        return choice == 0   ? (isWhole ? finish() : flush())
-               : choice == 1 ? (isWhole ? reset() : flush())
+        const bool endsTheDocument = choice < 2 && input.below(4) == 0;
+        return choice == 0   ? (endsTheDocument ? finish() : flush())
+               : choice == 1 ? (endsTheDocument ? reset() : flush())
                : choice == 2 ? outsideRoot()
                : choice == 3 ? destroy(slot)
                : choice == 4 ? move(slot, anySlotToFill())

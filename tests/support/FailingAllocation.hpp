@@ -1,18 +1,21 @@
-// Makes allocations fail on purpose.
+// Makes allocations fail on purpose, and a target that makes none.
 #pragma once
 
 #include <cstddef>
 #include <gtest/gtest.h>
 #include <limits>
 #include <new>
+#include <spanstream>
+#include <string_view>
 #include <utility>
+#include <vector>
 
 namespace tarn::tests {
 
 /// The number of blocks that have been allocated and not freed, by whatever thread.
 long allocatedBlocks();
 
-/// Makes one allocation of the thread that it is made in fail, and maybe all that follow.
+/// Makes one allocation of the thread that calls during() fail, and maybe all that follow.
 ///
 /// With a sanitizer these are the allocations by `new`; else those by `malloc` too, in the C
 /// libraries as well.
@@ -105,5 +108,16 @@ void failEachAllocation(Run run)
         }
     }
 }
+
+/// A stream that takes bytes without allocating.
+struct ToStream
+{
+    std::vector<char> bytes = std::vector<char>(1'000'000);
+    std::ospanstream stream{bytes};
+
+    std::ostream& get() { return stream; }
+    std::string_view view() const { return {stream.span().data(), stream.span().size()}; }
+    void forget() { stream.seekp(0); }
+};
 
 } // namespace tarn::tests

@@ -2,9 +2,8 @@
 #pragma once
 
 #include <algorithm>
-#include <cstdint>
-#include <span>
 #include <string>
+#include <string_view>
 
 namespace tarn::tests {
 
@@ -12,7 +11,7 @@ namespace tarn::tests {
 class Input
 {
 public:
-    Input(const std::uint8_t* bytes, std::size_t size) : unread(bytes, size) {}
+    explicit Input(std::string_view bytes) : unread(bytes) {}
 
     bool isEmpty() const { return unread.empty(); }
 
@@ -52,12 +51,12 @@ private:
         if (unread.empty()) {
             return 0;
         }
-        const std::uint8_t first = unread.front();
-        unread = unread.subspan(1);
+        const auto first = static_cast<unsigned char>(unread.front());
+        unread.remove_prefix(1);
         return first;
     }
 
-    std::span<const std::uint8_t> unread;
+    std::string_view unread;
     /// In code units; keeps a run short.
     std::size_t repetitionsLeft = 20'000;
 };

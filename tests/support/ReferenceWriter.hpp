@@ -3,6 +3,7 @@
 #pragma once
 
 #include "support/CompositeOperations.hpp"
+#include "support/plain_escaping.hpp"
 #include "support/reference_utf8.hpp"
 #include "support/SuccessesLeft.hpp"
 
@@ -206,22 +207,14 @@ private:
     /// The pieces in place of @p unit, if it is special.
     std::optional<std::vector<Text>> replacementOf(char16_t unit) const
     {
-        static const std::map<char16_t, Text> ENTITIES = {{u'<', u"&lt;"},
-                                                          {u'>', u"&gt;"},
-                                                          {u'&', u"&amp;"},
-                                                          {u'"', u"&quot;"},
-                                                          {u'\'', u"&apos;"}};
-        if (const auto entity = ENTITIES.find(unit); entity != ENTITIES.end()) {
-            return {{entity->second}};
+        if (isPlainControl(unit) && !isVersion10) {
+            return {{u"&#", digitsOf(unit), u";"}};
         }
-        const bool isLayout = unit == u'\t' || unit == u'\n' || unit == u'\r';
-        if (unit == 0 || unit >= u' ' || isLayout) {
+        const Text replacement = plainReplacement(unit, isVersion10);
+        if (replacement == Text{unit}) {
             return std::nullopt;
         }
-        if (isVersion10) {
-            return unit == 0x0B ? std::vector<Text>{u" "} : std::vector<Text>{};
-        }
-        return {{u"&#", digitsOf(unit), u";"}};
+        return replacement.empty() ? std::vector<Text>{} : std::vector<Text>{replacement};
     }
 
     Text unusedPrefix(const Text& preferred)

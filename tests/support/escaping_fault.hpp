@@ -6,6 +6,7 @@
 #include "support/plain_escaping.hpp"
 
 #include <tarn/xml/copy_if_plain.hpp>
+#include <tarn/xml/text_escaping.hpp>
 
 #include <string>
 #include <string_view>

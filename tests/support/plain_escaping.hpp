@@ -1,8 +1,6 @@
 // The work of the escaping kernels done one code unit at a time, to compare them with.
 #pragma once
 
-#include <tarn/xml/text_escaping.hpp>
-
 #include <algorithm>
 #include <cstddef>
 #include <string>

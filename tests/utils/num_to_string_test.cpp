@@ -9,7 +9,7 @@ namespace {
 
 using tarn::utils::num_to_string;
 
-TEST(NumToString, WritesEveryDigitOnce)
+TEST(NumToString, WritesTheDecimalDigits)
 {
     const std::pair<unsigned long, std::u16string> cases[] = {
         {0, u"0"},

@@ -93,7 +93,10 @@ TEST(BindingIndex, MovesANameBackFromTheFarthestSlot)
         const std::u16string name = ordinaryName(number);
         const std::uint32_t slot = index.find(name).hash % 32;
         if (slot < FARTHEST) {
-            names[slot].empty() ? names[slot] = name : slot == 0 ? names.back() = name : name;
+            std::u16string& place = slot == 0 && !names[0].empty() ? names.back() : names[slot];
+            if (place.empty()) {
+                place = name;
+            }
         }
     }
     std::ranges::for_each(names, add);

@@ -12,7 +12,7 @@ namespace {
 
 using text::KernelLevel;
 
-TEST(KernelLevel, OfThisProgramIsTheBestThatIsUsed)
+TEST(KernelLevel, IsNotAboveThatOfThisProgram)
 {
     for (const KernelLevel level :
          {KernelLevel::Portable, KernelLevel::Ssse3, KernelLevel::Avx2, KernelLevel::Avx512}) {

@@ -23,7 +23,7 @@ TEST(TextEscaping, TreatsEveryCodeUnitAsThePlainLoopDoes)
 {
     constexpr std::size_t UNITS = 16; // in one text, at every place of a block
     for (std::uint32_t first = 0; first <= 0xFFFF; first += UNITS) {
-        std::u16string text(4 * UNITS, u'a');
+        std::u16string text(5 * UNITS, u'a'); // a block, and the step that has to be behind it
         for (std::uint32_t i = 0; i < UNITS; ++i) {
             text[4 * i + first / UNITS % 4] = static_cast<char16_t>(first + i);
         }

@@ -75,6 +75,12 @@ TEST(Invocation, NamesAnInputThatCannotBeRead)
               PROGRAM_NAME + ": " + directory / "" + ": Is a directory\n");
     EXPECT_EQ(run({"-o", directory / "file"}, "", directory / "out" + " <&-").error,
               PROGRAM_NAME + ": <stdin>: Bad file descriptor\n");
+    // No file takes the place of a stream that is closed.
+    for (const std::string closed : {"&-", "&- <&-"}) {
+        writeFile(directory / "both", SAMPLE.input);
+        EXPECT_EQ(run({"-o", directory / "both", directory / "both"}, "", closed).error, "");
+        EXPECT_EQ(readFile(directory / "both"), SAMPLE.result);
+    }
 }
 
 TEST(Invocation, ShowsItsProgressOnATerminal)
@@ -88,13 +94,13 @@ TEST(Invocation, ShowsItsProgressOnATerminal)
         {"script -qec 'sh " + script + "' /dev/null >" + shown, ""},
         {"sh " + script + " --progress 2>" + shown, ""},
         // The size of a file is known; its end is read when somebody has taken the output.
-        {"script -qec '" + command({"--progress", directory / "file"}) + " | (sleep 1.1; cat >" +
+        {"script -qec '" + command({"--progress", directory / "file"}) + " | (sleep 2; cat >" +
              shown + ".out)' /dev/null >" + shown,
          "(\r\033\\[K\\[#+ *] [0-9]+ %)+\r\033\\[K"},
     };
     writeFile(directory / "file",
               SAMPLE.string(std::string(400'000, 'a')) + std::string(100'000, ' '));
-    writeFile(script, "(printf '" + SAMPLE.arrayStart + "'; sleep 1.1; printf '" + SAMPLE.arrayEnd +
+    writeFile(script, "(printf '" + SAMPLE.arrayStart + "'; sleep 2; printf '" + SAMPLE.arrayEnd +
                           "') | (" + command({}) + " $* >/dev/null)");
     for (const auto& [run, expected] : cases) {
         EXPECT_EQ(std::system(run.c_str()), 0) << run;
@@ -125,12 +131,12 @@ TEST(Invocation, ReplacesTheOutputWhenItIsComplete)
     std::filesystem::create_directory(directory / "sub");
     std::filesystem::create_symlink(directory / "sub/link", directory / "link");
     std::filesystem::create_symlink("../file", directory / "sub/link");
-    ::chmod(file.c_str(), 07604);
+    ::chmod(file.c_str(), 07666);
     EXPECT_EQ(run({"-o", directory / "link"}, SAMPLE.arrayStart).status, 1);
     EXPECT_EQ(readFile(file), SAMPLE.result) << "a failure must change nothing";
     EXPECT_EQ(run({"-o", directory / "link"}, SAMPLE.string("second")).status, 0);
     EXPECT_THAT(readFile(file), HasSubstr("second"));
-    EXPECT_EQ(permissions(file), 0604u);
+    EXPECT_EQ(permissions(file), 0666u);
     EXPECT_TRUE(std::filesystem::is_symlink(directory / "link"));
     EXPECT_TRUE(std::filesystem::is_symlink(directory / "sub/link"));
     EXPECT_THAT(directory.names(), ElementsAre("file", "link", "sub"));
@@ -250,10 +256,10 @@ TEST(Invocation, ReportsAnOutputThatCannotBeWritten)
     int output[2];
     ASSERT_EQ(::pipe(output), 0);
     ::close(output[0]);
-    const std::pair<std::string, std::string> targets[] = {
-        {"/dev/full", "No space left on device"},
-        {"&-", "Bad file descriptor"},
-        {'&' + std::to_string(output[1]), "Broken pipe"}};
+    ASSERT_EQ(::dup2(output[1], 9), 9); // a shell takes one digit only
+    const std::pair<std::string, std::string> targets[] = {{"/dev/full", "No space left on device"},
+                                                           {"&-", "Bad file descriptor"},
+                                                           {"&9", "Broken pipe"}};
     for (const auto& [target, problem] : targets) {
         for (const Arguments& arguments : {Arguments{input}, {"-"}, {"--help"}}) {
             const Result result = run(arguments, SAMPLE.input, target);
@@ -262,6 +268,7 @@ TEST(Invocation, ReportsAnOutputThatCannotBeWritten)
         }
     }
     ::close(output[1]);
+    ::close(9);
 }
 
 TEST(Invocation, WritesInPlaceWhatItMustNotReplace)

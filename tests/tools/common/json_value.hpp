@@ -1,6 +1,8 @@
 // The value of a JSON text, in a form that is the same for all texts with that value.
 #pragma once
 
+#include "support/decoding_fault.hpp"
+
 #include <cstdio>
 #include <string>
 #include <string_view>
@@ -16,22 +18,14 @@ inline void appendUnit(std::string& value, unsigned unit)
     value += escape;
 }
 
-/// Takes a character in UTF-8 from @p text and appends its code units.
-inline void appendCharacter(std::string& value, std::string_view& text)
+/// Takes the characters up to a quotation mark or a backslash from @p text.
+inline void appendCharacters(std::string& value, std::string_view& text)
 {
-    const auto byteAt = [&](std::size_t index) { return static_cast<unsigned char>(text[index]); };
-    const std::size_t size = byteAt(0) < 0x80 ? 1 : byteAt(0) < 0xE0 ? 2 : byteAt(0) < 0xF0 ? 3 : 4;
-    unsigned codePoint = size == 1 ? byteAt(0) : byteAt(0) & (0xFF >> (size + 1));
-    for (std::size_t i = 1; i < size; ++i) {
-        codePoint = codePoint << 6 | (byteAt(i) & 0x3F);
+    const std::string_view characters = text.substr(0, text.find_first_of("\"\\"));
+    for (const char16_t unit : tests::detail::referenceUtf16(characters).units) {
+        appendUnit(value, unit);
     }
-    if (codePoint < 0x10000) {
-        appendUnit(value, codePoint);
-    } else {
-        appendUnit(value, 0xD7C0 + (codePoint >> 10));
-        appendUnit(value, 0xDC00 | (codePoint & 0x3FF));
-    }
-    text.remove_prefix(size);
+    text.remove_prefix(characters.size());
 }
 
 inline void appendEscape(std::string& value, std::string_view& text)
@@ -64,7 +58,7 @@ inline std::string valueOfJson(std::string_view json, bool hasLines = false)
             if (json.front() == '\\') {
                 detail::appendEscape(value, json);
             } else {
-                detail::appendCharacter(value, json);
+                detail::appendCharacters(value, json);
             }
             continue;
         }

@@ -36,6 +36,8 @@ int interruptions = 0; // how many writes of a part are followed by an interrupt
 
 /// What fsync() has been called for, `file` or `directory`, and `rename` for rename().
 std::vector<std::string> steps;
+/// The directory whose names are to be written to disk.
+std::string expectedDirectory;
 
 int failOnce(int& error)
 {
@@ -61,7 +63,11 @@ int fsync(int descriptor)
 {
     struct stat file = {};
     ::fstat(descriptor, &file);
-    steps.push_back(S_ISDIR(file.st_mode) ? "directory" : "file");
+    struct stat expected = {};
+    ::stat(expectedDirectory.c_str(), &expected);
+    steps.push_back(!S_ISDIR(file.st_mode)           ? "file"
+                    : file.st_ino == expected.st_ino ? "directory"
+                                                     : "another directory");
     return errorOfFsync != 0 ? failOnce(errorOfFsync)
                              : static_cast<int>(::syscall(SYS_fsync, descriptor));
 }
@@ -143,6 +149,7 @@ TEST(OutputFile, KeepsWhatAnOrdinaryUserMayNotReplace)
     std::filesystem::create_directory(directory / "closed");
     std::filesystem::create_symlink("loop", directory / "loop");
     std::filesystem::create_symlink("fresh", directory / "link");
+    std::filesystem::create_symlink("../old", directory / "fixed/link");
     for (const std::string name : {"old", "read-only", "fixed/old", "closed/old"}) {
         writeFile(directory / name, "old");
         ::chmod((directory / name).c_str(), name == "read-only" ? 0444 : 0666);
@@ -154,6 +161,7 @@ TEST(OutputFile, KeepsWhatAnOrdinaryUserMayNotReplace)
         {"old", 0},
         {"new", 0},
         {"link", 0},
+        {"fixed/link", 0},
         {"read-only", EACCES},
         {"fixed/old", EACCES},
         {"fixed/new", EACCES},
@@ -250,8 +258,12 @@ TEST(OutputFile, WritesTheFileToDiskAndThenItsName)
     const std::filesystem::path before = std::filesystem::current_path();
     std::filesystem::current_path(directory / "");
     const mode_t mask = ::umask(022);
-    for (const std::string& path : {directory / "file.xml", std::string("file.xml")}) {
+    std::filesystem::create_directory(directory / "sub");
+    std::filesystem::create_symlink("sub/file.xml", directory / "link");
+    for (const std::string& path :
+         {directory / "file.xml", std::string("file.xml"), directory / "link"}) {
         steps.clear();
+        expectedDirectory = directory / (path.ends_with("link") ? "sub" : "");
         EXPECT_EQ(replace(path), 0);
         EXPECT_THAT(steps, ElementsAre("file", "rename", "directory")) << path;
     }

@@ -272,6 +272,8 @@ TEST(Conversion, SaysWhatIsWrongAndWhere)
         {"NaN", "1:1: expected a value, found 'N'"},
         {"!", "1:1: expected a value, found '!'"},
         {"~", "1:1: expected a value, found '~'"},
+        {"\f1", "1:1: expected a value, found byte 0x0C"},
+        {"1\v", "1:2: expected the end of the input, found byte 0x0B"},
         {"\x7F", "1:1: expected a value, found byte 0x7F"},
         {"\xEF\xBB", "1:1: expected a value, found byte 0xEF"},
         {"/**/1", "1:1: expected a value, found '/'"},

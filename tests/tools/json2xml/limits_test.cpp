@@ -117,13 +117,13 @@ TEST(Limits, LimitsTheDepth)
 
 TEST(Limits, StandInTheHelpAndTheManual)
 {
-    constexpr Limits LIMITS;
+    const Limits limits;
     for (const std::string& limit :
-         {std::to_string(LIMITS.depth) + " if", std::to_string(LIMITS.stringSize) + " bytes",
-          std::to_string(LIMITS.numberSize) + " bytes"}) {
+         {std::to_string(limits.depth) + " if", std::to_string(limits.stringSize) + " bytes and a ",
+          " a number of more than[ \n]" + std::to_string(limits.numberSize) + " bytes"}) {
         EXPECT_THAT(run({"--help"}).output,
                     testing::ContainsRegex("Refuse arrays and objects .*" + limit));
-        EXPECT_THAT(readFile(PROGRAM_MANUAL), testing::HasSubstr(limit));
+        EXPECT_THAT(readFile(PROGRAM_MANUAL), testing::ContainsRegex(limit));
     }
 }
 

@@ -163,6 +163,11 @@ TEST(Conversion, RefusesEscapesThatJsonDoesNotHave)
         EXPECT_THAT(run({}, array("<string escaped='1'>\\" + text + "</string>")).error,
                     testing::EndsWith("unknown escape sequence\n"))
             << text;
+        EXPECT_THAT(
+            run({"--keep-repeated-keys"}, map("<null escaped-key='1' key=\"\\" + text + "\"/>"))
+                .error,
+            testing::EndsWith("a key with an unknown escape sequence\n"))
+            << text;
     }
 }
 

@@ -1,21 +1,20 @@
 // JSON that goes through json2xml --escape and xml2json: nothing is lost.
 #include "support/difference.hpp"
 #include "support/files.hpp"
-#include "support/Input.hpp"
+#include "support/random_inputs.hpp"
 #include "support/xml_outline.hpp"
 #include "tools/common/conversions.hpp"
 #include "tools/common/json_value.hpp"
 
 #include <filesystem>
 #include <gtest/gtest.h>
-#include <random>
 #include <string>
-#include <vector>
 
 namespace {
 
 using namespace tarn::tools::test;
 using tarn::tests::difference;
+using tarn::tests::forRandomInputs;
 using tarn::tests::Input;
 
 /// Makes JSON of all that JSON can have: every code unit, as itself and escaped, numbers in each
@@ -110,25 +109,9 @@ std::string thereAndBack(const std::string& json, const json2xml::Format& there,
     return toJson(inputOf(toXml(inputOf(json), there)), back);
 }
 
-/// Random JSON from each of many seeds, with a call for each.
-void forRandomInputs(const auto& check)
-{
-    for (unsigned seed = 0; seed < 3000; ++seed) {
-        std::mt19937 random(seed);
-        std::vector<std::uint8_t> bytes(random() % 1000);
-        std::ranges::generate(bytes, random);
-        Input input(bytes.data(), bytes.size());
-        SCOPED_TRACE("seed " + std::to_string(seed));
-        check(input);
-        if (testing::Test::HasFailure()) {
-            return;
-        }
-    }
-}
-
 TEST(RoundTrip, LosesNothingOfAnyJson)
 {
-    forRandomInputs([](Input& input) {
+    forRandomInputs(3000, 1000, [](Input input) {
         const json2xml::Format there{.hasEscapes = true, .isCompact = input.below(2) == 0};
         xml2json::Format back{.keepsRepeatedKeys = true};
         if (input.below(2) == 0) {
@@ -143,7 +126,7 @@ TEST(RoundTrip, LosesNothingOfAnyJson)
 
 TEST(RoundTrip, LosesNothingOfAnyLines)
 {
-    forRandomInputs([](Input& input) {
+    forRandomInputs(3000, 1000, [](Input input) {
         const json2xml::Format there{
             .hasEscapes = true, .isCompact = input.below(2) == 0, .hasLines = true};
         const xml2json::Format back{.hasLines = true, .keepsRepeatedKeys = true};
@@ -163,7 +146,7 @@ TEST(RoundTrip, LosesNothingOfAnyLines)
 /// The outline shows whether the layout is all that differs.
 TEST(RoundTrip, CompactXmlSaysTheSame)
 {
-    forRandomInputs([](Input& input) {
+    forRandomInputs(3000, 1000, [](Input input) {
         const bool hasEscapes = input.below(2) == 0;
         const std::string json = RandomJson(input).value(6);
         const auto xml = [&](bool isCompact) {

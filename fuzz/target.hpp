@@ -1,11 +1,15 @@
-// Reporting a fault to libFuzzer.
+// What each fuzz target is, and how it reports a fault to libFuzzer.
 #pragma once
 
 #include <cstdio>
 #include <cstdlib>
 #include <string>
+#include <string_view>
 
 namespace tarn::fuzz {
+
+/// The target: tries one input, which can be any bytes.
+void check(std::string_view bytes);
 
 /// Says what is wrong and ends the program, which makes libFuzzer keep the input.
 inline void require(bool holds, const std::string& otherwise)

@@ -1,5 +1,5 @@
 #!/bin/sh
-# Usage: does_not_compile.sh SOURCE_TREE
+# Usage: does-not-compile.sh SOURCE_TREE
 # Fails unless $CXX refuses each statement of the checked layer's users that is wrong, gives the reason in the
 # first lines of its message, and accepts the statement that is right, which differs only in what is wrong.
 set -eu
@@ -32,6 +32,7 @@ while IFS='|' read -r reason wrong right; do
         failed=yes
     fi
     compile "$right" || { echo "$CXX refuses: $right"; cat "$work/message"; failed=yes; }
+# A part of the message | what is refused | the same, corrected
 done << 'END'
 theNameIsNotAnNcName|constexpr Name NAME{"2nd"};|constexpr Name NAME{"second"};
 theNameIsNotAnNcName|constexpr Name NAME{XML, "a:b"};|constexpr Name NAME{XML, "a-b"};

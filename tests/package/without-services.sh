@@ -1,5 +1,5 @@
 #!/bin/sh
-# Usage: without_services.sh SOURCE_TREE WORK_DIRECTORY CMAKE CTEST
+# Usage: without-services.sh SOURCE_TREE WORK_DIRECTORY CMAKE CTEST
 # Builds the library without its services, shared and static, while what the services need cannot be
 # found. Runs the tests, installs the library, and builds and runs a consumer with it.
 set -eu
