@@ -51,9 +51,7 @@ std::string replaceForbidden(std::string_view text)
 
 void check(std::string_view bytes)
 {
-    if (bytes.size() > LONGEST) {
-        return;
-    }
+    bytes = bytes.substr(0, LONGEST);
     const std::string outcome = convert(inBlocks(bytes, LONGEST));
     const std::string inSmallBlocks = convert(inBlocks(bytes, smallBlockSize(bytes)));
     require(outcome == inSmallBlocks,

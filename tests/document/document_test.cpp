@@ -502,7 +502,6 @@ TEST(Document, RefusesTargetsThatTakeNothing)
     for (const std::ios::iostate state : {std::ios::badbit, std::ios::failbit, std::ios::eofbit}) {
         std::ostringstream failed;
         failed.setstate(state);
-        EXPECT_THROW(Document(failed).comment(std::string(10'000, 'x')), Error) << state;
         Document document(failed);
         EXPECT_THROW(document.flush(), Error) << state;
         failed.clear();

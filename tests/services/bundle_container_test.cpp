@@ -200,7 +200,6 @@ TEST(BundleContainer, FindsTheSectionOfAnObjectFile)
          "manifest.json is damaged"},
         // The section counts, whatever is behind it.
         {objectFile(resources, bundleZip("in-section")) + newBundle(), "{ \"in-section\" }"},
-        {objectFile(resources, newBundle()) + std::string(70'000, '~'), "installed {"},
         // Other sections, with an archive behind them.
         {objectFile(".us_resource", "text") + newBundle(), "installed {"},
         {objectFile(".us_resources2", "text") + newBundle(), "installed {"},

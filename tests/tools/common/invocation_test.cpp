@@ -76,11 +76,9 @@ TEST(Invocation, NamesAnInputThatCannotBeRead)
     EXPECT_EQ(run({"-o", directory / "file"}, "", directory / "out" + " <&-").error,
               PROGRAM_NAME + ": <stdin>: Bad file descriptor\n");
     // No file takes the place of a stream that is closed.
-    for (const std::string closed : {"&-", "&- <&-"}) {
-        writeFile(directory / "both", SAMPLE.input);
-        EXPECT_EQ(run({"-o", directory / "both", directory / "both"}, "", closed).error, "");
-        EXPECT_EQ(readFile(directory / "both"), SAMPLE.result);
-    }
+    writeFile(directory / "both", SAMPLE.input);
+    EXPECT_EQ(run({"-o", directory / "both", directory / "both"}, "", "&- <&-").error, "");
+    EXPECT_EQ(readFile(directory / "both"), SAMPLE.result);
 }
 
 TEST(Invocation, ShowsItsProgressOnATerminal)

@@ -13,9 +13,7 @@
 namespace {
 
 using namespace tarn::tools::test;
-using tarn::tests::difference;
-using tarn::tests::forRandomInputs;
-using tarn::tests::Input;
+using namespace tarn::tests;
 
 /// Makes JSON of all that JSON can have: every code unit, as itself and escaped, numbers in each
 /// form, repeated keys, any layout.
@@ -153,7 +151,7 @@ TEST(RoundTrip, CompactXmlSaysTheSame)
             return toXml(inputOf(json), {.hasEscapes = hasEscapes, .isCompact = isCompact});
         };
         const auto outline = [](const std::string& text) {
-            return outlineOfXml(text, tarn::tests::TextBesideElements::LEFT_OUT);
+            return outlineOfXml(text, TextBesideElements::LEFT_OUT);
         };
         const std::string compact = xml(true);
         EXPECT_EQ(compact.find('\n'), compact.size() - 1) << json;
@@ -167,7 +165,7 @@ TEST(RoundTrip, LosesNothingOfRealFiles)
     for (const auto& entry : std::filesystem::directory_iterator("/usr/share/iso-codes/json")) {
         if (entry.path().extension() == ".json") {
             ++files;
-            const std::string json = tarn::tests::readFile(entry.path());
+            const std::string json = readFile(entry.path());
             EXPECT_EQ(difference(valueOfJson(thereAndBack(json, {.hasEscapes = true}, {})),
                                  valueOfJson(json)),
                       "")

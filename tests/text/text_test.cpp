@@ -1,8 +1,10 @@
+#include <text/plain_ascii.hpp>
 #include <text/utf16.hpp>
 
 #include <gtest/gtest.h>
 
 #include <cstdint>
+#include <string>
 
 namespace tarn::tests {
 
@@ -17,6 +19,19 @@ TEST(Utf16, TellsTheHalvesOfSurrogatePairsFromAllOtherCodeUnits)
         ASSERT_EQ(text::isHighSurrogate(codeUnit), isHigh) << unit;
         ASSERT_EQ(text::isLowSurrogate(codeUnit), isLow) << unit;
         ASSERT_EQ(text::isSurrogate(codeUnit), isHigh || isLow) << unit;
+    }
+}
+
+TEST(PlainAscii, CopiesShortTextAmongMarkup)
+{
+    const std::string plain = "!#$%?ABCDEFGHIJKLMNOPQRSTUVWXYZ[]^_`abcdefghijklmnopqrstuvwxyz{|}~";
+    for (std::size_t size = 0; size <= text::LONGEST_COPY; ++size) {
+        const std::string text = plain.substr(0, size);
+        const std::string markup(text::LONGEST_COPY, '<');
+        std::string copy(2 * text::LONGEST_COPY, '-');
+        ASSERT_EQ(text::copyIfPlainAscii(&(markup + text + markup)[markup.size()], size, &copy[0]),
+                  &copy[size]);
+        ASSERT_EQ(copy, text + std::string(copy.size() - size, '-'));
     }
 }
 
