@@ -9,7 +9,7 @@
 namespace tarn::fuzz {
 
 /// The target: tries one input, which can be any bytes.
-void check(std::string_view bytes);
+void check(std::string_view);
 
 /// Says what is wrong and ends the program, which makes libFuzzer keep the input.
 inline void require(bool holds, const std::string& otherwise)

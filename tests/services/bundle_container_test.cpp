@@ -180,7 +180,8 @@ TEST(BundleContainer, FindsTheSectionOfAnObjectFile)
 {
     const std::string resources = ".us_resources";
     // An archive that begins with its directory. The last bytes of its entry are to be behind it.
-    constexpr std::size_t COMMENT = 5000, BEHIND = 20;
+    constexpr std::size_t COMMENT = 5000;
+    constexpr std::size_t BEHIND = 20;
     const std::string archive = newBundle();
     const std::size_t entrySize = archive.rfind("PK\1\2");
     std::string across = archive.substr(entrySize);

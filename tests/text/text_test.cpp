@@ -28,9 +28,9 @@ TEST(PlainAscii, CopiesShortTextAmongMarkup)
     for (std::size_t size = 0; size <= text::LONGEST_COPY; ++size) {
         const std::string text = plain.substr(0, size);
         const std::string markup(text::LONGEST_COPY, '<');
+        const std::string around = markup + text + markup;
         std::string copy(2 * text::LONGEST_COPY, '-');
-        ASSERT_EQ(text::copyIfPlainAscii(&(markup + text + markup)[markup.size()], size, &copy[0]),
-                  &copy[size]);
+        ASSERT_EQ(text::copyIfPlainAscii(&around[markup.size()], size, copy.data()), &copy[size]);
         ASSERT_EQ(copy, text + std::string(copy.size() - size, '-'));
     }
 }
