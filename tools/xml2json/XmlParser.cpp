@@ -44,12 +44,15 @@ void* noteLack(void* block)
     return block;
 }
 
-void watchAllocations()
+/// To be called once, before all else: of threads that make their first parsers at the same time,
+/// each would prepare libxml2, with memory of its own.
+void prepareLibrary()
 {
     xmlMemSetup(
         std::free, [](std::size_t size) { return noteLack(std::malloc(size)); },
         [](void* block, std::size_t size) { return noteLack(std::realloc(block, size)); },
         [](const char* text) { return static_cast<char*>(noteLack(::strdup(text))); });
+    xmlInitParser();
 }
 
 /// The number of blanks at the end of the last line of @p text.
@@ -87,8 +90,8 @@ class XmlParser::Context
 public:
     explicit Context(tarn::tools::InputFile file) : file(std::move(file))
     {
-        [[maybe_unused]] static const bool isWatching = (watchAllocations(), true);
         hasLackedMemory = false;
+        [[maybe_unused]] static const bool isPrepared = (prepareLibrary(), true);
         xmlSAXHandler handler{};
         handler.initialized = XML_SAX2_MAGIC;
         handler.startDocument = startDocument;
