@@ -645,7 +645,8 @@ TEST(BundleContainer, SaysWhatItMayNotRead)
         writeFile(directory / name + "/a.zip", bundleZip(name));
     }
     const std::pair<std::string, unsigned> permissions[] = {
-        {"", 0755}, {"unlisted", 0111}, {"closed", 0}, {"open/a.zip", 0}};
+        {"", 0755},    {"unlisted/a.zip", 0644}, {"unlisted", 0111},
+        {"closed", 0}, {"open", 0755},           {"open/a.zip", 0}};
     for (const auto& [path, mode] : permissions) {
         ASSERT_EQ(::chmod((directory / path).c_str(), mode), 0);
     }

@@ -92,8 +92,8 @@ TEST(Invocation, ShowsItsProgressOnATerminal)
         {"script -qec 'sh " + script + "' /dev/null >" + shown, ""},
         {"sh " + script + " --progress 2>" + shown, ""},
         // The size of a file is known; its end is read when somebody has taken the output.
-        {"script -qec '" + command({"--progress", directory / "file"}) + " | (sleep 2; cat >" +
-             shown + ".out)' /dev/null >" + shown,
+        {"script -qec \"" + command({"--progress", directory / "file"}) + " | (sleep 2; cat >" +
+             shown + ".out)\" /dev/null >" + shown,
          "(\r\033\\[K\\[#+ *] [0-9]+ %)+\r\033\\[K"},
     };
     writeFile(directory / "file",
