@@ -375,7 +375,7 @@ TEST(Document, RefusesCallsInTheWrongOrder)
               "/: the document is finished; only reset() works");
     EXPECT_EQ(target, "<!DOCTYPE d SYSTEM 'a\"b'><r>t</r>");
     document.reset();
-    document.doctype("again");
+    document.doctype("again", "a'b", "a\"b");
     Element again = document.root("again");
     Element ended = again.child("a");
     Element open = again.child("b").declare(Namespace("urn:x", "x"));
@@ -383,7 +383,8 @@ TEST(Document, RefusesCallsInTheWrongOrder)
     EXPECT_EQ(refusal([&] { again.attribute(Name(Namespace("urn:x", "y"), "c"), 1); }),
               "again/@y:c: an attribute comes before content");
     document.finish();
-    EXPECT_EQ(target, "<!DOCTYPE again><again><a/><b xmlns:x=\"urn:x\"/></again>");
+    EXPECT_EQ(target,
+              "<!DOCTYPE again PUBLIC \"a'b\" 'a\"b'><again><a/><b xmlns:x=\"urn:x\"/></again>");
 }
 
 TEST(Document, ReplacesWhatXmlCannotHoldIfItIsTold)
@@ -574,6 +575,9 @@ TEST(Document, CopiesTextOfEveryLengthAndFindsMarkupAtEveryPlace)
         ASSERT_EQ(xml, expected + "</r>");
         text += static_cast<char>('A' + size % 50);
     }
+    const std::string name(20'000, 'n');
+    EXPECT_EQ(inRoot([&](Element& r) { r.add(name, "x"); }),
+              "<r><" + name + ">x</" + name + "></r>");
 }
 
 TEST(Document, EscapesWhereverAPortionOfAValueEnds)

@@ -441,6 +441,8 @@ TEST(BundleContainer, SaysWhatIsWrongWithAFile)
          "refused/manifest.json is encrypted"},
         // What would take too much memory, or lead out of the archive.
         {zip({{"refused/manifest.json", goodManifest, 4'000'000'000}}), "is too long: 4000000000"},
+        {zip({{"refused/manifest.json", goodManifest, 0xFFFFFFFF}}),
+         "refused/manifest.json gives its size in 64 bits"},
         {zip({{"refused/manifest.json", goodManifest, 1'000'000}}), "manifest.json is damaged"},
         {withManifest(std::string(900'000, '[')), "nested deeper than 100 levels"},
         {withManifest("{\"a\":" + std::string(100, '[')), "nested deeper than 100 levels"},

@@ -163,6 +163,11 @@ std::string zip_reader::contents(std::size_t most)
     if ((info.flag & ENCRYPTED) != 0) {
         fail(entry_name + " is encrypted");
     }
+    // minizip 1.1 does not read the true size, which is in another field then.
+    constexpr std::uint32_t SIZE_HAS_64_BITS = 0xFFFFFFFF;
+    if (info.uncompressed_size == SIZE_HAS_64_BITS) {
+        fail(entry_name + " gives its size in 64 bits (ZIP64), which is not supported");
+    }
     if (info.uncompressed_size > most) {
         fail(entry_name + " is too long: " + std::to_string(info.uncompressed_size) + " bytes, " +
              std::to_string(most) + " at most");

@@ -56,12 +56,14 @@ TEST(Invocation, ReadsTheInputThatIsNamed)
     writeFile(directory / "-x", SAMPLE.input);
     EXPECT_EQ(run({directory / "-x"}).output, SAMPLE.result);
     EXPECT_EQ(run({"--", directory / "-x"}).output, SAMPLE.result);
-    EXPECT_EQ(run({"-"}, SAMPLE.input).output, SAMPLE.result);
+    EXPECT_EQ(run({"-", "--max-depth", "18446744073709551615"}, SAMPLE.input).output,
+              SAMPLE.result);
 
     const std::string pipe = directory / "pipe";
     ASSERT_EQ(::mkfifo(pipe.c_str(), 0600), 0);
-    EXPECT_EQ(run({pipe}, "", "", "cat " + directory / "-x" + " >" + pipe + " &").output,
-              SAMPLE.result);
+    EXPECT_EQ(
+        run({pipe}, "", "", "(sleep .1; cat " + directory / "-x" + ") >" + pipe + " &").output,
+        SAMPLE.result);
 }
 
 TEST(Invocation, NamesAnInputThatCannotBeRead)
@@ -94,10 +96,10 @@ TEST(Invocation, ShowsItsProgressOnATerminal)
         // The size of a file is known; its end is read when somebody has taken the output.
         {"script -qec \"" + command({"--progress", directory / "file"}) + " | (sleep 2; cat >" +
              shown + ".out)\" /dev/null >" + shown,
-         "(\r\033\\[K\\[#+ *] [0-9]+ %)+\r\033\\[K"},
+         "\r\033\\[K\\[#+ +] [0-9]+ %(\r\033\\[K\\[#+ *] [0-9]+ %)*\r\033\\[K"},
     };
     writeFile(directory / "file",
-              SAMPLE.string(std::string(400'000, 'a')) + std::string(100'000, ' '));
+              SAMPLE.string(std::string(400'000, 'a')) + std::string(1'000'000, ' '));
     writeFile(script, "(printf '" + SAMPLE.arrayStart + "'; sleep 2; printf '" + SAMPLE.arrayEnd +
                           "') | (" + command({}) + " $* >/dev/null)");
     for (const auto& [run, expected] : cases) {
@@ -119,25 +121,27 @@ TEST(Invocation, PrintsHelpAndVersion)
 TEST(Invocation, ReplacesTheOutputWhenItIsComplete)
 {
     const Directory directory;
-    const std::string file = directory / "file";
+    const std::string file = directory / "sub/file";
+    std::filesystem::create_directories(directory / "sub/deep");
     const mode_t mask = ::umask(027);
     EXPECT_EQ(run({"-o", file}, SAMPLE.input).output, "");
     ::umask(mask);
     EXPECT_EQ(readFile(file), SAMPLE.result);
     EXPECT_EQ(permissions(file), 0640u);
 
-    std::filesystem::create_directory(directory / "sub");
-    std::filesystem::create_symlink(directory / "sub/link", directory / "link");
-    std::filesystem::create_symlink("../file", directory / "sub/link");
-    ::chmod(file.c_str(), 07666);
+    // Of "down/../file", "down/.." is not the directory that "down" is in.
+    std::filesystem::create_directory_symlink("sub/deep", directory / "down");
+    std::filesystem::create_symlink(directory / "down/link", directory / "link");
+    std::filesystem::create_symlink("../file", directory / "sub/deep/link");
+    ::chmod(file.c_str(), 07777);
     EXPECT_EQ(run({"-o", directory / "link"}, SAMPLE.arrayStart).status, 1);
     EXPECT_EQ(readFile(file), SAMPLE.result) << "a failure must change nothing";
     EXPECT_EQ(run({"-o", directory / "link"}, SAMPLE.string("second")).status, 0);
     EXPECT_THAT(readFile(file), HasSubstr("second"));
-    EXPECT_EQ(permissions(file), 0666u);
+    EXPECT_EQ(permissions(file), 0777u);
     EXPECT_TRUE(std::filesystem::is_symlink(directory / "link"));
-    EXPECT_TRUE(std::filesystem::is_symlink(directory / "sub/link"));
-    EXPECT_THAT(directory.names(), ElementsAre("file", "link", "sub"));
+    EXPECT_TRUE(std::filesystem::is_symlink(directory / "sub/deep/link"));
+    EXPECT_THAT(directory.names(), ElementsAre("down", "link", "sub"));
 }
 
 /// A run of the program that has written a part of `file` and waits for more input.

@@ -34,7 +34,7 @@ int signalBeforeRename = 0;
 std::size_t mostPerWrite = SSIZE_MAX;
 int interruptions = 0; // how many writes of a part are followed by an interruption
 
-/// What fsync() has been called for, `file` or `directory`, and `rename` for rename().
+/// What fsync() has been called for, `file` or `directory`, and the names of other calls.
 std::vector<std::string> steps;
 /// The directory whose names are to be written to disk.
 std::string expectedDirectory;
@@ -74,6 +74,7 @@ int fsync(int descriptor)
 
 ssize_t write(int descriptor, const void* bytes, std::size_t size)
 {
+    steps.emplace_back("write");
     if (errorOfWrite != 0) {
         return failOnce(errorOfWrite);
     }
@@ -139,7 +140,8 @@ TEST(OutputFile, KeepsTheOldFileIfTheNewOneCannotBeWrittenToDisk)
         EXPECT_THAT(directory.names(), ElementsAre("file.xml"));
     }
     errorOfClose = EIO;
-    EXPECT_EQ(replace("/dev/null"), EIO) << "written in place";
+    EXPECT_EQ(replace("/dev/null"), EIO);
+    EXPECT_EQ(steps.back(), "write") << "written in place";
 }
 
 TEST(OutputFile, KeepsWhatAnOrdinaryUserMayNotReplace)
@@ -260,14 +262,17 @@ TEST(OutputFile, WritesTheFileToDiskAndThenItsName)
     const mode_t mask = ::umask(022);
     std::filesystem::create_directory(directory / "sub");
     std::filesystem::create_symlink("sub/file.xml", directory / "link");
+    const auto handler = +[](int) {};
+    std::signal(SIGUSR2, handler);
     for (const std::string& path :
          {directory / "file.xml", std::string("file.xml"), directory / "link"}) {
         steps.clear();
         expectedDirectory = directory / (path.ends_with("link") ? "sub" : "");
         EXPECT_EQ(replace(path), 0);
-        EXPECT_THAT(steps, ElementsAre("file", "rename", "directory")) << path;
+        EXPECT_THAT(steps, ElementsAre("write", "file", "rename", "directory")) << path;
     }
     EXPECT_EQ(::umask(mask), 022u);
+    EXPECT_EQ(std::signal(SIGUSR2, SIG_DFL), handler) << "belongs to another";
     std::filesystem::current_path(before);
 }
 

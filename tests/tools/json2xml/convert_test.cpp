@@ -145,6 +145,7 @@ TEST(Conversion, EscapesWhatXmlCannotHold)
         {R"(\ud83d\ud83d\ude00\u0000\udc00)", "\\uD83D\U0001F600\\u0000\\uDC00", true},
         {std::string(255, 'a') + '\x7F', std::string(255, 'a') + "\\u007F", true},
         {R"(\ud83d\u005cude00)", R"(\uD83D\\ude00)", true},
+        {R"(\udc22\ud80a)", R"(\uDC22\uD80A)", true},
     };
     for (const auto& [text, xml, isEscaped] : cases) {
         const std::string mark = isEscaped ? "escaped=\"true\"" : "";
@@ -189,6 +190,7 @@ TEST(Conversion, ReadsLines)
         {"1,2", "1:2: expected white space between two values, found ','"},
         {"\n01", "2:2: expected white space between two values, found '1'"},
         {"12-3", "1:3: expected white space between two values, found '-'"},
+        {"1\"a\"", "1:2: expected white space between two values, found '\"'"},
         {"true[]", "1:5: expected white space between two values, found '['"},
         {"{}\n\0"s, "2:1: expected a value, found byte 0x00"},
     };
