@@ -143,7 +143,7 @@ bool isRefused(const std::function<void()>& call)
     }
 }
 
-/// Whether every call but reset() is refused; else none may be.
+/// Whether flush() is refused; then every call but reset() must be.
 bool isBrokenOff(Document& document, Elements& elements)
 {
     if (!isRefused([&] { document.flush(); })) {

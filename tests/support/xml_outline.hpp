@@ -65,6 +65,8 @@ inline void outlineNodes(const xmlNode* node, TextBesideElements textBesideEleme
 inline std::string outlineOfXml(const std::string& xml,
                                 TextBesideElements textBesideElements = TextBesideElements::KEPT)
 {
+    // Before any of several threads parses.
+    [[maybe_unused]] static const bool isPrepared = (xmlInitParser(), true);
     const std::unique_ptr<xmlParserCtxt, decltype(&xmlFreeParserCtxt)> parser(xmlNewParserCtxt(),
                                                                               xmlFreeParserCtxt);
     constexpr int OPTIONS = XML_PARSE_NOENT | XML_PARSE_NOCDATA | XML_PARSE_HUGE | XML_PARSE_NONET |

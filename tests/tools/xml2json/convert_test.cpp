@@ -79,7 +79,7 @@ TEST(Conversion, TakesMemoryAndTimeInProportionToAKey)
         EXPECT_EQ(result.error, "xml2json: out of memory\n") << kilobytes;
         EXPECT_THAT(directory.names(), testing::IsEmpty()) << kilobytes;
     }
-    // It takes a small part of that; in proportion to the square of the size it took minutes.
+    // It takes a small part of that, and minutes if the time grows with the square of the size.
     EXPECT_EQ(run({}, xml, "/dev/null", "ulimit -t 5; ulimit -c 0").status, 0);
 }
 #endif
